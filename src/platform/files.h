@@ -1,0 +1,39 @@
+// Files as the engine uses them: whole reads with a limit, replacing writes, the few questions about paths.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// The path names an existing file, directory or other thing.
+bool file_exists(const std::string& path);
+bool is_directory(const std::string& path);
+bool is_ordinary_file(const std::string& path);
+
+/// Size in bytes; nothing if the file cannot be asked.
+std::optional<std::uint64_t> file_size(const std::string& path);
+
+/// Directory and name with one separator between them. A directory that ends in "\" or "/" gets no further one; an
+/// absolute name stands alone, and so does a name behind an empty directory. Fails when the result has `limit` or
+/// more characters.
+[[nodiscard]] bool join_path(std::string& out, std::size_t limit, std::string_view directory, std::string_view name);
+
+enum class ReadResult { ok, not_found, too_large, failed };
+/// The whole file, if it has at most `limit` bytes.
+ReadResult read_file(const std::string& path, std::size_t limit, std::string& out);
+
+/// Replaces the file: writes beside it, flushes to the disk, renames. On failure the old file is as it was.
+[[nodiscard]] bool replace_file(const std::string& path, std::string_view contents);
+
+/// The folder of the running program, without a separator at its end.
+std::string program_directory();
+/// The user's folder for settings of this program ("orvane" below the system's place for configuration).
+std::string user_config_directory();
+/// The folder for house-wide configuration of this program.
+std::string system_config_directory();
+
+}  // namespace orvane

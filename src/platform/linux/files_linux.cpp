@@ -1,0 +1,67 @@
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "platform/files.h"
+
+namespace orvane {
+namespace {
+
+bool write_all(int fd, std::string_view contents) {
+  while (!contents.empty()) {
+    const ssize_t written = ::write(fd, contents.data(), contents.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    contents.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+}  // namespace
+
+bool replace_file(const std::string& path, std::string_view contents) {
+  // A symbolic link stays one: what it points to is replaced.
+  std::string target = path;
+  char resolved[PATH_MAX];
+  if (::realpath(path.c_str(), resolved) != nullptr) target = resolved;
+
+  const std::string beside = target + ".new";
+  struct stat old {};
+  const mode_t mode = ::stat(target.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0666;
+  const int fd = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  if (fd < 0) return false;
+  bool ok = write_all(fd, contents) && ::fsync(fd) == 0;
+  ok = (::close(fd) == 0) && ok;
+  ok = ok && std::rename(beside.c_str(), target.c_str()) == 0;
+  if (!ok) ::unlink(beside.c_str());
+  return ok;
+}
+
+std::string program_directory() {
+  char path[PATH_MAX];
+  const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
+  if (length <= 0) return ".";
+  const std::string program(path, static_cast<std::size_t>(length));
+  const std::size_t slash = program.rfind('/');
+  return slash == std::string::npos ? "." : program.substr(0, slash);
+}
+
+std::string user_config_directory() {
+  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr && *xdg == '/')
+    return std::string(xdg) + "/orvane";
+  if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0')
+    return std::string(home) + "/.config/orvane";
+  return system_config_directory();
+}
+
+std::string system_config_directory() { return "/etc/orvane"; }
+
+}  // namespace orvane

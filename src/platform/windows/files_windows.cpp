@@ -1,0 +1,50 @@
+#define NOMINMAX
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/files.h"
+
+namespace orvane {
+
+bool replace_file(const std::string& path, std::string_view contents) {
+  const std::string beside = path + ".new";
+  const HANDLE file = ::CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool ok = true;
+  while (ok && !contents.empty()) {
+    DWORD written = 0;
+    const DWORD piece = static_cast<DWORD>(contents.size() > 0x10000000 ? 0x10000000 : contents.size());
+    ok = ::WriteFile(file, contents.data(), piece, &written, nullptr) != 0 && written > 0;
+    contents.remove_prefix(written);
+  }
+  ok = ok && ::FlushFileBuffers(file) != 0;
+  ok = (::CloseHandle(file) != 0) && ok;
+  ok = ok && ::MoveFileExA(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+  if (!ok) ::DeleteFileA(beside.c_str());
+  return ok;
+}
+
+std::string program_directory() {
+  char path[MAX_PATH * 4];
+  const DWORD length = ::GetModuleFileNameA(nullptr, path, sizeof path);
+  const std::string program(path, length);
+  const std::size_t slash = program.find_last_of("\\/");
+  return slash == std::string::npos ? "." : program.substr(0, slash);
+}
+
+std::string user_config_directory() {
+  const char* base = std::getenv("APPDATA");
+  return base != nullptr && *base != '\0' ? std::string(base) + "\\orvane" : system_config_directory();
+}
+
+std::string system_config_directory() {
+  char path[MAX_PATH];
+  const UINT length = ::GetWindowsDirectoryA(path, sizeof path);
+  return length > 0 && length < sizeof path ? std::string(path, length) : "C:\\Windows";
+}
+
+}  // namespace orvane

@@ -1,0 +1,22 @@
+// The compiler: source text in, a procedure out. The source is the listing: fixed columns, header lines first.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "procedure/file/procedure.h"
+
+namespace orvane {
+
+struct CompileFault {
+  int line = 0;    // from 1
+  int column = 0;  // from 1
+  std::string reason;
+};
+
+/// Compiles a whole source text (Windows-1252). `name` of the procedure comes from its "INSTRUMENT:" line. All
+/// faults are collected, one a line at most; with any fault the procedure is left empty and the result is false.
+[[nodiscard]] bool compile_procedure(std::string_view source, Procedure& procedure, std::vector<CompileFault>& faults);
+
+}  // namespace orvane
