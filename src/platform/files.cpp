@@ -36,7 +36,8 @@ bool join_path(std::string& out, std::size_t limit, std::string_view directory, 
     joined = name;
   } else {
     joined = directory;
-    if (joined.back() != '\\' && joined.back() != '/') joined += static_cast<char>(fs::path::preferred_separator);
+    if (joined.back() != '\\' && joined.back() != '/')
+      joined += static_cast<char>(fs::path::preferred_separator);
     joined += name;
   }
   if (joined.size() >= limit) return false;
@@ -59,6 +60,13 @@ ReadResult read_file(const std::string& path, std::size_t limit, std::string& ou
     if (out.size() > limit) return ReadResult::too_large;
   }
   return file.bad() ? ReadResult::failed : ReadResult::ok;
+}
+
+bool make_folder_of(const std::string& path) {
+  const fs::path folder = fs::path(path).parent_path();
+  std::error_code error;
+  if (!folder.empty()) fs::create_directories(folder, error);
+  return !error;
 }
 
 }  // namespace orvane

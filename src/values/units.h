@@ -68,10 +68,10 @@ CodeText unit_long_name(UnitCode unit);
 double prefix_multiplier(PrefixCode prefix);
 /// The power of ten of the eight classic prefixes (p n u m k M G T); 0 for all others.
 int prefix_exponent(PrefixCode prefix);
-/// The classic prefixes only; micro is the byte B5 with the key "ExtendedUnits".
+/// The classic prefixes only.
 CodeText prefix_symbol(PrefixCode prefix);
 std::string_view prefix_symbol_or_empty(PrefixCode prefix);
-/// All prefixes of the table.
+/// All prefixes of the table; micro is the byte B5 with the key "ExtendedUnits".
 CodeText prefix_display(PrefixCode prefix);
 CodeText prefix_long_name(PrefixCode prefix);
 /// As prefix_long_name, but before "ohms" the words "kil", "meg", "gig", which join to kilohms, megohms,
