@@ -125,7 +125,7 @@ struct FscRecord {
   [[nodiscard]] bool set_text(TextField field, std::string_view value) {
     if (value.size() >= field.size) return false;
     std::memset(bytes.data() + field.offset, 0, field.size);
-    std::memcpy(bytes.data() + field.offset, value.data(), value.size());
+    if (!value.empty()) std::memcpy(bytes.data() + field.offset, value.data(), value.size());
     return true;
   }
 

@@ -1,4 +1,5 @@
-// The compiler: source text in, a procedure out. The source is the listing: fixed columns, header lines first.
+// The compiler: source text in, a procedure out. The source is the listing: fixed columns, header lines
+// first.
 #pragma once
 
 #include <string>
@@ -15,8 +16,10 @@ struct CompileFault {
   std::string reason;
 };
 
-/// Compiles a whole source text (Windows-1252). `name` of the procedure comes from its "INSTRUMENT:" line. All
-/// faults are collected, one a line at most; with any fault the procedure is left empty and the result is false.
-[[nodiscard]] bool compile_procedure(std::string_view source, Procedure& procedure, std::vector<CompileFault>& faults);
+/// Compiles a whole source text (Windows-1252). `name` of the procedure comes from its "INSTRUMENT:" line.
+/// All faults are collected, one a line at most; with any fault the procedure is left empty and the result is
+/// false.
+[[nodiscard]] bool compile_procedure(std::string_view source, Procedure& procedure,
+                                     std::vector<CompileFault>& faults);
 
 }  // namespace orvane
