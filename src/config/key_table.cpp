@@ -21,8 +21,7 @@ constexpr std::string_view confidences =
     "1sigma:1, 68.27%:1, 90.00%:2, 90.0%:2, 95.00%:3, 95.0%:3, 2sigma:4, 95.45%:4, 99.00%:5, 99.0%:5, "
     "3sigma:6, 99.73%:6";
 
-// --- Parsers of keys that are more than a word or a number
-// -----------------------------------------------------
+// ---- Parsers of keys that are more than a word or a number ----
 
 bool in_range(const std::optional<int>& number, int low, int high) {
   return number && *number >= low && *number <= high;
@@ -89,8 +88,7 @@ bool parse_tdesc_symbol(std::string_view value, Config& config) {
   return true;
 }
 
-// --- Rows
-// ------------------------------------------------------------------------------------------------------
+// ---- Rows ----
 
 constexpr KeyRow text(std::string_view name, int flags, std::string Config::*target) {
   return {.name = name, .flags = static_cast<std::uint8_t>(flags), .spec = {}, .text = target};

@@ -45,8 +45,7 @@ std::string resolved(std::string_view value) {
   return value.empty() ? std::string() : joined(folder, value);
 }
 
-// --- Values
-// ----------------------------------------------------------------------------------------------------
+// ---- Values ----
 
 bool has_separator(std::string_view value) { return value.find_first_of("/\\") != std::string_view::npos; }
 
@@ -88,8 +87,7 @@ std::string default_text(const KeyRow& row) {
   return error == std::errc() ? std::string(digits, end) : std::string();
 }
 
-// --- Reading
-// ---------------------------------------------------------------------------------------------------
+// ---- Reading ----
 
 struct Reading {
   Loaded& into;
@@ -172,9 +170,9 @@ void check_folders(Reading& reading) {
 bool read_text(Reading& reading, std::string& text) {
   switch (read_file(reading.into.path, file_limit, text)) {
     case ReadResult::ok: break;
-    case ReadResult::not_found: reading.fault(2506, msg(2506, reading.file)); return false;
-    case ReadResult::too_large:
-    case ReadResult::failed: reading.fault(506, msg(506, reading.file)); return false;
+    case ReadResult::not_found:
+    case ReadResult::failed: reading.fault(2506, msg(2506, reading.file)); return false;
+    case ReadResult::too_large: reading.fault(506, msg(506, reading.file, file_limit)); return false;
   }
   if (text.empty()) reading.fault(2525, msg(2525, reading.file));
   return !text.empty();

@@ -36,8 +36,7 @@ bool join_path(std::string& out, std::size_t limit, std::string_view directory, 
     joined = name;
   } else {
     joined = directory;
-    if (joined.back() != '\\' && joined.back() != '/')
-      joined += static_cast<char>(fs::path::preferred_separator);
+    if (joined.back() != '\\' && joined.back() != '/') joined += static_cast<char>(fs::path::preferred_separator);
     joined += name;
   }
   if (joined.size() >= limit) return false;

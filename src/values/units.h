@@ -45,8 +45,7 @@ constexpr PrefixCode absent = 0, none = 1, pico = 2, nano = 3, micro = 4, milli 
 /// A text of a code, or nothing. The texts live for ever.
 using CodeText = std::optional<std::string_view>;
 
-// --- Texts of units
-// --------------------------------------------------------------------------------------------
+// ---- Texts of units ----
 
 /// The token of the procedure listing, a vocabulary of its own: "D" dBm, "H" hertz, "Z" ohm, "Y" siemens, "T"
 /// seconds.
@@ -61,8 +60,7 @@ CodeText unit_display(UnitCode unit);
 /// The words of prompts ("volts peak-to-peak").
 CodeText unit_long_name(UnitCode unit);
 
-// --- Prefixes
-// --------------------------------------------------------------------------------------------------
+// ---- Prefixes ----
 
 /// 1.0 for prefix_code::none; 0.0 for c, d, h and every code outside the table, 0 included.
 double prefix_multiplier(PrefixCode prefix);
@@ -78,8 +76,7 @@ CodeText prefix_long_name(PrefixCode prefix);
 /// gigohms.
 CodeText prefix_long_name_for(PrefixCode prefix, std::string_view unit_long_name);
 
-// --- Codes from letters and texts
-// ------------------------------------------------------------------------------
+// ---- Codes from letters and texts ----
 
 /// The code whose text in the exact (SI) spelling is this whole text; 0 if there is none.
 UnitCode unit_from_exact_text(std::string_view text);
@@ -93,8 +90,7 @@ PrefixCode prefix_from_listing_letter(char letter, UnitCode unit);
 /// Codes 24 to 32, and 39.
 bool unit_is_pressure(UnitCode unit);
 
-// --- Values with a unit, from text
-// -----------------------------------------------------------------------------
+// ---- Values with a unit, from text ----
 
 struct DimValue {
   static constexpr std::uint16_t number = 0x01;       // a number was present
@@ -124,10 +120,9 @@ struct DimValue {
 /// with at most one prefix letter, in any case. True if the whole text is that; an empty text is.
 bool operand_parse(std::string_view text);
 
-// --- Conversions
-// ----------------------------------------------------------------------------------------------- Pure
-// functions; z is an impedance in ohms, logarithms are to base 10. No range check: a result may be infinite
-// or not a number, which the caller tests.
+// ---- Conversions ----
+// Pure functions; z is an impedance in ohms, logarithms are to base 10. No range check: a result may be
+// infinite or not a number, which the caller tests.
 
 double dbm_to_w(double dbm);
 double w_to_dbm(double w);
