@@ -1,0 +1,18 @@
+// A startup configuration with every key that is needed, for tests that want a sound one.
+#pragma once
+
+#include <string>
+
+namespace orvane::test {
+
+/// Its folders are `procs` and `work` beside the file; the test makes them.
+inline std::string sound_configuration() {
+  return "[startup]\n"
+         "accdir = acc\nbcf =\nconfig =\ncorrectdir = none\nfail_prompt = none\nhelpdir = help\n"
+         "pass_prompt = none\npassword_dir = .\npicdir = pics\nprocdir = procs\nprompt = none\n"
+         "varfile = vars.txt\nworkdir = work\nptitle_l = Laboratory\nptitle_r =\n"
+         "beep = none\nib_dmachan = none\nib_ioaddr = none\nib_nport = 0\nib_type = NONE\nport = NONE\n"
+         "systype = METER\ndue_date_in_cal = no\noot_lim = 200\npass100 = yes\ntur_lim = NONE\n";
+}
+
+}  // namespace orvane::test
