@@ -126,6 +126,7 @@ struct ResultLog {
   std::ofstream file;
   std::string path;
   bool broken = false;  // a write failed: nothing more is written in this run
+  int adjusted = -1;    // test number of the latest "ADJUST PERFORMED" line of this procedure
   std::vector<PendingNote> notes;
 };
 

@@ -96,9 +96,10 @@ struct DecisionBlock {
 
   std::string remark;
 
-  // The printed lines: 79 columns each, and the colour code of the results board.
+  // The printed lines: 79 columns each, the colour code of the results board, and the flags of the stored result.
   std::string line1, line2;
   int colour = 0;
+  std::uint32_t result_flags = 0;
 };
 
 }  // namespace orvane

@@ -1,0 +1,70 @@
+#include "evaluation/decision.h"
+
+#include <array>
+#include <cstdio>
+
+#include "config/startup_config.h"
+#include "evaluation/tolerance.h"
+#include "platform/operator.h"
+
+namespace orvane {
+namespace {
+
+// clang-format off
+constexpr std::array rows = {
+    OutcomeRow{Outcome::pass, decision_status::pass, "PASS", "", "PASS", result_colour::pass, false, result_flag::pass},
+    OutcomeRow{Outcome::marginal, decision_status::marginal, "MARGINAL PASS", "MARGINAL", "PASS", result_colour::marginal, false, result_flag::pass | result_flag::marginal},
+    OutcomeRow{Outcome::fail, decision_status::fail, "FAIL", "", "FAIL", result_colour::fail, true, 0},
+    OutcomeRow{Outcome::gross_fail, decision_status::notify_user, "FAIL NOTIFY USER", "NOTIFY USER", "FAIL", result_colour::fail, true, result_flag::notify_user},
+};
+// clang-format on
+constexpr bool rows_are_in_order() {
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (rows[i].outcome != static_cast<Outcome>(i)) return false;
+  }
+  return true;
+}
+static_assert(rows_are_in_order(), "an outcome is the index of its row");
+
+// The operator's judgement, which has no percent.
+bool is_judgement(const RunState& run, const FscRecord& record) {
+  return record.code() == fsc::eval || record.code() == fsc::pice ||
+         (run.test.test_state & test_bit::go_no_go) != 0;
+}
+
+bool failed(const RunState& run) { return (run.test.test_state & test_bit::failed) != 0; }
+
+}  // namespace
+
+std::span<const OutcomeRow> outcome_rows() { return rows; }
+const OutcomeRow& outcome_row(Outcome outcome) { return rows[static_cast<std::size_t>(outcome)]; }
+
+Outcome decide(double percent, double adjust_threshold) {
+  if (!(percent <= percent_cap) || !eps_le(percent, startup_config().oot_lim)) return Outcome::gross_fail;
+  if (is_fail(percent)) return Outcome::fail;
+  return percent > adjust_threshold ? Outcome::marginal : Outcome::pass;
+}
+
+bool percent_is_capped(double percent) { return !(percent <= percent_cap); }
+
+std::string percent_text(double percent) {
+  if (percent_is_capped(percent)) return ">500";
+  std::string text = print_number(percent, 'f', 0);
+  if (text.size() < 3) text.insert(0, 3 - text.size(), ' ');
+  return text;
+}
+
+bool dialog_appears(const RunState& run, const FscRecord& record, double percent) {
+  if (run.stopped() || run.asks(ask_option::A)) return true;
+  if (!run.asks(ask_option::F)) return false;
+  if (is_judgement(run, record)) return failed(run);
+  if (record.has_flag(line_flag::adjust_follows) && run.asks(ask_option::J))
+    return percent > run.adjust_threshold;
+  return eps_gt(percent, startup_config().oot_lim) || is_fail(percent);
+}
+
+bool calls_for_adjustment(const RunState& run, const FscRecord& record, double percent) {
+  return is_judgement(run, record) ? failed(run) : percent > run.adjust_threshold;
+}
+
+}  // namespace orvane

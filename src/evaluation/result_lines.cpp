@@ -1,0 +1,308 @@
+#include "evaluation/result_lines.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "config/startup_config.h"
+#include "evaluation/decision.h"
+#include "evaluation/memc.h"
+#include "values/numbers.h"
+#include "values/units.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::size_t quantity_width = 14, range_width = 5, go_no_go_width = 13;
+constexpr int most_digits = 9;
+
+// ---- Lines ----
+
+// A line of blanks with texts put into it; what would pass its end is cut, control bytes become blanks.
+class Columns {
+ public:
+  void put(std::size_t column, std::string_view text) {
+    for (std::size_t i = 0; i < text.size() && column + i < line_.size(); ++i)
+      line_[column + i] = static_cast<unsigned char>(text[i]) < ' ' ? ' ' : text[i];
+  }
+  std::string take() { return std::move(line_); }
+
+ private:
+  std::string line_ = std::string(result_columns, ' ');
+};
+
+std::string right_aligned(std::string text, std::size_t width) {
+  if (text.size() < width) text.insert(0, width - text.size(), ' ');
+  return text;
+}
+
+// ---- Numbers in a width ----
+
+// "%.*g" with as many digits as fit, from `digits` down to 1; nothing if not even one does.
+std::string fitted_number(double value, int digits, std::size_t width) {
+  for (; digits >= 1; --digits) {
+    std::string text = print_number(value, 'g', digits);
+    if (text.size() <= width) return text;
+  }
+  return {};
+}
+
+// A number with its unit; without the unit where both do not fit.
+std::string fitted_quantity(double value, std::string_view units) {
+  if (units.size() < quantity_width) {
+    const std::string number = fitted_number(value, most_digits, quantity_width - units.size());
+    if (!number.empty()) return number + std::string(units);
+  }
+  const std::string number = fitted_number(value, most_digits, quantity_width);
+  return number.empty() ? "?" : number;
+}
+
+// The same with all nine digits or none.
+std::string full_quantity(double value, std::string_view units) {
+  const std::string number = print_number(value, 'g', most_digits);
+  if (number.size() > quantity_width) return "?";
+  return number.size() + units.size() <= quantity_width ? number + std::string(units) : number;
+}
+
+// A number as the record has it; in the fitted form where that is too long or was not typed.
+std::string typed_quantity(double value, std::uint8_t digits, bool exponent, std::string_view units) {
+  if (digits != 0 && units.size() < quantity_width) {
+    const std::size_t width = quantity_width - units.size();
+    const std::string number = format_value(value, digits, exponent, width, "%.9g");
+    if (number.size() <= width) return number + std::string(units);
+  }
+  return fitted_quantity(value, units);
+}
+
+std::string units_of(PrefixCode prefix, UnitCode unit) {
+  return std::string(prefix_display(prefix).value_or("")) + std::string(unit_display(unit).value_or(""));
+}
+
+// ---- Fields of the block ----
+
+bool is_memc(const FscRecord& record) { return record.code() == fsc::memc || record.code() == fsc::memcx; }
+
+void fill_range(DecisionBlock& block, const RangeField& range) {
+  if ((range.flags & RangeField::filled) == 0) return;
+  block.range_flags = DecisionBlock::filled;
+  if ((range.flags & RangeField::exponent) != 0) block.range_flags |= DecisionBlock::exponent;
+  block.range_digits = range.digits;
+  block.range_value = range.value;
+  block.range_text = (range.flags & RangeField::automatic) != 0 ? "A" : print_number(range.value, 'g', 5);
+}
+
+// The range in its five columns: fewer digits rather than a number that is cut.
+std::string range_column(const DecisionBlock& block) {
+  if (block.range_text.size() <= range_width) return block.range_text;
+  for (int digits = 4; digits >= 1; --digits) {
+    std::string text = compact_number(strip_exponent_zeros(print_number(block.range_value, 'g', digits)));
+    if (text.size() <= range_width) return text;
+  }
+  return "?";
+}
+
+void fill_actual(DecisionBlock& block, const TestValues& test, std::string_view units, std::string column) {
+  block.act_value = test.actual;
+  block.act_units_text = units;
+  block.act_text = std::move(column);
+  if ((test.test_state & test_bit::corrected) == 0) return;
+  block.act_flags |= DecisionBlock::actual_corrected;
+  if ((test.test_state & test_bit::corrected_twice) != 0)
+    block.act_flags |= DecisionBlock::actual_corrected_twice;
+}
+
+void fill_memc_modifier(DecisionBlock& block, std::string_view text) {
+  if (text.empty()) return;
+  block.mod_flags = DecisionBlock::filled;
+  block.mod_text = text;
+  DimValue value;
+  if (!dim_parse_listing(text, value)) return;
+  if ((value.flags & DimValue::exponent) != 0) block.mod_flags |= DecisionBlock::exponent;
+  block.mod_unit = value.unit;
+  block.mod_prefix = value.prefix;
+  block.mod_digits = value.digits;
+  block.mod_value = value.value;
+}
+
+void fill_memc(DecisionBlock& block, const TestValues& test, const FscRecord& record) {
+  const std::string_view nominal = record.text(field::memc_nominal);
+  const std::size_t number = number_length(nominal);
+  const std::string_view units = nominal.substr(number);
+  DimValue typed;
+  if (dim_parse_listing(nominal, typed)) {
+    block.ind_unit = block.act_unit = typed.unit;
+    block.ind_prefix = block.act_prefix = typed.prefix;
+  }
+  if (number != 0 && record.code() == fsc::memc) {
+    block.ind_flags = DecisionBlock::indicated_typed;
+    if ((typed.flags & DimValue::exponent) != 0) block.ind_flags |= DecisionBlock::indicated_exponent;
+    block.ind_digits = typed.digits;
+  }
+  block.ind_value = test.indicated;
+  block.ind_units_text = units;
+  block.ind_text = fitted_quantity(test.indicated, units);
+  fill_range(block, record.get(field::memc_range));
+  fill_actual(block, test, units, full_quantity(test.actual, units));
+  fill_memc_modifier(block, record.text(field::memc_modifier));
+}
+
+std::string indicated_of_columns(const TestValues& test, const QuantityField& nominal,
+                                 std::string_view units) {
+  const std::uint16_t state = test.test_state;
+  if ((state & test_bit::indicated_text) != 0 && (state & test_bit::mean) == 0) {
+    const std::size_t length = test.indicated_text.size();
+    return length + units.size() <= quantity_width ? test.indicated_text + std::string(units)
+                                                   : test.indicated_text;
+  }
+  // The digits of the nominal say how the nominal was typed, not how exactly something was measured.
+  const bool is_nominal = (nominal.flags & QuantityField::from_mem) == 0 && test.indicated == nominal.value;
+  const bool exponent = (nominal.flags & QuantityField::exponent) != 0;
+  return typed_quantity(test.indicated, is_nominal ? nominal.digits : 0, exponent, units);
+}
+
+void fill_modifier(DecisionBlock& block, const TestValues& test, const ModifierField& mod1) {
+  if (mod1.unit == unit_code::none) return;
+  const bool from_mem = (mod1.flags & ModifierField::from_mem) != 0;
+  const bool exponent = (mod1.flags & ModifierField::exponent) != 0;
+  block.mod_flags = DecisionBlock::filled;
+  if (exponent) block.mod_flags |= DecisionBlock::exponent;
+  block.mod_unit = mod1.unit;
+  block.mod_prefix = mod1.prefix;
+  block.mod_digits = from_mem ? std::uint8_t{0} : mod1.digits;
+  block.mod_value = from_mem ? test.mod_value : mod1.value;
+  block.mod_text =
+      typed_quantity(block.mod_value, block.mod_digits, exponent, units_of(mod1.prefix, mod1.unit));
+}
+
+void fill_columns(DecisionBlock& block, const TestValues& test, const FscRecord& record) {
+  const QuantityField nominal = record.get(field::nominal);
+  const std::string units = units_of(nominal.prefix, nominal.unit);
+  block.ind_unit = block.act_unit = nominal.unit;
+  block.ind_prefix = block.act_prefix = nominal.prefix;
+  if ((test.test_state & test_bit::indicated_text) != 0) block.ind_flags = DecisionBlock::indicated_typed;
+  block.ind_digits = nominal.digits;
+  block.ind_value = test.indicated;
+  block.ind_units_text = units;
+  block.ind_text = indicated_of_columns(test, nominal, units);
+  fill_range(block, record.get(field::range));
+  fill_actual(block, test, units, fitted_quantity(test.actual, units));
+  fill_modifier(block, test, record.get(field::mod1));
+}
+
+void fill_go_no_go(DecisionBlock& block) {
+  const std::string& word = startup_config().GoNoGo;
+  block.ind_flags = DecisionBlock::indicated_word;
+  block.ind_units_text.clear();
+  block.ind_text = word.empty() || word.size() > go_no_go_width ? "OPER-EVAL" : word;
+}
+
+bool is_logarithmic(const FscRecord& record) {
+  if (!is_memc(record)) return record.get(field::nominal).unit == unit_code::dbm;
+  DimValue value;
+  return dim_parse_listing(record.text(field::memc_nominal), value) && value.unit == unit_code::dbm;
+}
+
+std::string error_text(const FscRecord& record, const TestValues& test, double reference) {
+  constexpr double ratio_cap = 5.0, difference_cap = 500.0;
+  const double difference = test.indicated - test.actual;
+  if (!is_logarithmic(record) && test.indicated != 0.0 && test.actual != 0.0 && reference != 0.0) {
+    const double ratio = difference / reference;
+    return std::fabs(ratio) >= ratio_cap ? ">500     %" : format_error_ratio(ratio);
+  }
+  if (!(std::fabs(difference) < difference_cap)) return ">500";
+  return format_aligned(difference, 3, 6, 3).value_or("");
+}
+
+// ---- The decision ----
+
+void apply_outcome(RunState& run, const OutcomeRow& row) {
+  DecisionBlock& block = run.decision;
+  block.status_bits = row.status_bits;
+  block.status_text = row.status_text;
+  block.colour = row.colour;
+  block.result_flags = row.result_flags;
+  run.test.test_state = static_cast<std::uint16_t>(row.failed ? run.test.test_state | test_bit::failed
+                                                              : run.test.test_state & ~test_bit::failed);
+}
+
+void fill_percent(DecisionBlock& block, double percent) {
+  block.pct_text = percent_text(percent);
+  block.pct_value = percent;
+  if (!percent_is_capped(percent)) return;
+  block.pct_flags |= DecisionBlock::percent_capped;
+  block.pct_value = 500.0;
+}
+
+void lay_out(DecisionBlock& block, const FscRecord& record, const OutcomeRow& row, bool go_no_go) {
+  Columns first, second;
+  first.put(result_column::test, right_aligned(std::to_string(record.test_major()), 3));
+  if ((block.act_flags & DecisionBlock::actual_corrected) != 0) first.put(result_column::corrected, "c");
+  first.put(result_column::range, range_column(block));
+  first.put(result_column::indicated, block.ind_text);
+  first.put(result_column::actual, block.act_text);
+  first.put(result_column::modifier, block.mod_text);
+  first.put(result_column::error, block.error_text);
+  first.put(result_column::percent, go_no_go ? row.verdict : block.pct_text);
+  second.put(result_column::condition, row.condition);
+  if (!go_no_go) second.put(result_column::verdict, row.verdict);
+  block.line1 = first.take();
+  block.line2 = second.take();
+}
+
+}  // namespace
+
+std::array<std::string, 2> result_headings() {
+  Columns first, second;
+  first.put(result_column::test, "TEST");
+  first.put(result_column::range, "RANGE");
+  first.put(result_column::indicated, "INDICATED");
+  first.put(result_column::actual, "ACTUAL");
+  first.put(result_column::modifier, "MODIFIER");
+  first.put(result_column::error, "ERROR");
+  first.put(result_column::percent, "%TOL");
+  second.put(result_column::indicated, "UUT");
+  second.put(result_column::actual, "SYSTEM");
+  second.put(result_column::percent, "ERROR");
+  return {first.take(), second.take()};
+}
+
+void format_result(RunState& run, const FscRecord& record, double percent, double reference) {
+  run.decision = DecisionBlock();
+  DecisionBlock& block = run.decision;
+  const TestValues& test = run.test;
+  const bool go_no_go = (test.test_state & test_bit::go_no_go) != 0;
+
+  block.code = record.code();
+  block.test_number = static_cast<std::uint16_t>(record.test_major());
+  block.title = "Test " + right_aligned(std::to_string(record.test_major()), 3);
+  block.tur_text = "(not calculated)";
+  if (is_memc(record)) {
+    fill_memc(block, test, record);
+  } else {
+    fill_columns(block, test, record);
+  }
+
+  Outcome outcome = Outcome::pass;
+  if (go_no_go) {
+    fill_go_no_go(block);
+    if ((test.test_state & test_bit::failed) != 0) {
+      outcome = Outcome::gross_fail;
+    } else {
+      block.pct_flags = DecisionBlock::percent_capped;  // kept: a judgement that passed carries this mark
+    }
+  } else {
+    block.error_valid = 1;
+    block.error_text = error_text(record, test, reference);
+    fill_percent(block, percent);
+    outcome = decide(percent, run.adjust_threshold);
+  }
+  const OutcomeRow& row = outcome_row(outcome);
+  apply_outcome(run, row);
+  lay_out(block, record, row, go_no_go);
+  if ((block.act_flags & DecisionBlock::actual_corrected) != 0) block.act_text += " (corrected)";
+}
+
+ResultLine board_line(const DecisionBlock& decision) {
+  return {decision.line1, decision.line2, decision.status_text, decision.colour};
+}
+
+}  // namespace orvane

@@ -1,0 +1,213 @@
+#include "evaluation/result_log.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+#include "config/startup_config.h"
+#include "evaluation/memc.h"
+#include "messages/catalogue.h"
+#include "state/report.h"
+#include "values/numbers.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::size_t line1_width = 80, value_width = 20;
+constexpr int procedure_indent = 8;
+
+template <class... A>
+std::string formatted(std::string_view format, const A&... args) {
+  const std::initializer_list<MessageArg> packed = {MessageArg(args)...};
+  return format_text(format, MessageArgs(packed.begin(), packed.size()));
+}
+
+// One line whatever the text holds: a line break inside would forge a line of its own.
+std::string one_line(std::string_view text) {
+  std::string line(text.substr(0, log_line_limit));
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+  return line;
+}
+
+bool write(RunState& run, std::string_view line) {
+  ResultLog& log = run.log;
+  if (log.broken || !log.file.is_open()) return true;
+  log.file << one_line(line) << '\n' << std::flush;
+  if (log.file.good()) return true;
+  log.broken = true;
+  return errp(4623, log.path);
+}
+
+std::string head(int test, int step, char letter) {
+  return formatted("%04d.%03d ", test, step) + letter + ' ';
+}
+
+std::string padded(std::string text, std::size_t width) {
+  text.resize(std::max(width, text.size()), ' ');
+  return text.substr(0, width);
+}
+
+// ---- Test lines ----
+
+bool is_memc(const FscRecord& record) { return record.code() == fsc::memc || record.code() == fsc::memcx; }
+
+std::string twelve_digits(double value) { return print_number(value, 'g', 12); }
+
+std::string value_text(const RunState& run, const FscRecord& record) {
+  const double mem = run.registers.mem;
+  if (is_memc(record)) {
+    return memc_number(record) ? std::string(record.text(field::memc_nominal)) : twelve_digits(mem);
+  }
+  const QuantityField nominal = record.get(field::nominal);
+  return twelve_digits((nominal.flags & QuantityField::from_mem) != 0 ? mem : nominal.value);
+}
+
+std::string hexadecimal(double value) {
+  const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
+  return formatted("%08lx%08lx", bits >> 32, bits & 0xFFFFFFFF);
+}
+
+// What was indicated may lie as far below as the tolerance above what was applied allows, and the other way round;
+// a judgement is about what was applied.
+std::pair<double, double> limits(const TestValues& test) {
+  if ((test.test_state & test_bit::go_no_go) != 0)
+    return {test.actual - test.neg_tol, test.actual + test.pos_tol};
+  return {test.indicated - test.pos_tol, test.indicated + test.neg_tol};
+}
+
+int resolution(const FscRecord& record) {
+  if (!is_memc(record)) return digits_after_point(record.get(field::nominal).digits);
+  const std::string_view nominal = record.text(field::memc_nominal);
+  std::uint8_t digits = 0;
+  const std::size_t length = number_length(nominal);
+  if (length != 0) number_digits(nominal.substr(0, length), digits);
+  return digits_after_point(digits);
+}
+
+std::string closed_texts(const LogTexts& texts) {
+  std::string out = ":";
+  for (const std::string* text :
+       {&texts.description, &texts.value, &texts.result, &texts.lower_limit, &texts.upper_limit,
+        &texts.accredited, &texts.standard_uncertainty, &texts.expanded_uncertainty, &texts.coverage_factor})
+    out += *text + ":";
+  return out;
+}
+
+// ---- Notes ----
+
+char letter_of_note(int kind) {
+  switch (kind) {
+    case PendingNote::brace: return log_letter::brace;
+    case PendingNote::rslt: return log_letter::rslt;
+    default: return log_letter::comment;
+  }
+}
+
+bool share_a_line(const PendingNote& a, const PendingNote& b) {
+  return a.test_major == b.test_major && a.test_minor == b.test_minor &&
+         (a.mask | b.mask) == (PendingNote::brace | PendingNote::rslt) && a.mask != b.mask;
+}
+
+// Takes the notes of these kinds out of the list.
+std::vector<PendingNote> take_notes(RunState& run, int kinds) {
+  std::vector<PendingNote>& notes = run.log.notes;
+  const auto stays = [kinds](const PendingNote& note) { return (note.mask & kinds) == 0; };
+  const auto taken = std::stable_partition(notes.begin(), notes.end(), stays);
+  std::vector<PendingNote> out(std::make_move_iterator(taken), std::make_move_iterator(notes.end()));
+  notes.erase(taken, notes.end());
+  return out;
+}
+
+std::pair<int, int> calling_test(const RunState& run) {
+  if (run.calls.empty()) return {0, 0};
+  return {run.calls.back().test_major, run.calls.back().test_minor};
+}
+
+}  // namespace
+
+bool log_open(RunState& run) {
+  ResultLog& log = run.log;
+  log.notes.clear();
+  log.adjusted = -1;
+  log.broken = false;
+  log.path = work_file("rslt.tmp");
+  log.file = std::ofstream(log.path, std::ios::binary | std::ios::trunc);
+  if (log.file) return true;
+  log.broken = true;
+  return errp(4623, log.path);
+}
+
+void log_close(RunState& run) { run.log.file.close(); }
+
+bool log_line(RunState& run, int test, int step, char letter, std::string_view text) {
+  return write(run, head(test, step, letter) + std::string(text));
+}
+
+char log_test_letter(const RunState& run, const FscRecord& record) {
+  if (is_memc(record)) return log_letter::memc;
+  if (record.code() == fsc::eval || record.code() == fsc::pice) return log_letter::evaluation;
+  return (run.test.test_state & test_bit::go_no_go) != 0 ? log_letter::go_no_go : log_letter::instrument;
+}
+
+bool log_test(RunState& run, const FscRecord& record, const LogTexts& texts) {
+  const auto [lower, upper] = limits(run.test);
+  const char letter = log_test_letter(run, record);
+  std::string line = head(record.test_major(), record.test_minor(), letter);
+  line += padded(run.decision.line1, line1_width);
+  line += padded(value_text(run, record), value_width);
+  line += hexadecimal(lower) + hexadecimal(upper);
+  line += static_cast<char>('0' + resolution(record));
+  line += closed_texts(texts);
+  return write(run, line) &&
+         log_line(run, record.test_major(), record.test_minor(), letter, run.decision.line2);
+}
+
+bool log_enter(RunState& run, int tests, std::string_view procedure) {
+  run.log.adjusted = -1;
+  const auto [test, step] = calling_test(run);
+  return log_line(run, test, step, log_letter::enter,
+                  formatted("%*s%3d ENTER %s", procedure_indent, "", tests, procedure));
+}
+
+bool log_leave(RunState& run, std::string_view procedure) {
+  run.log.adjusted = -1;
+  const auto [test, step] = calling_test(run);
+  return log_line(run, test, step, log_letter::leave,
+                  formatted("%*s    LEAVE %s", procedure_indent, "", procedure));
+}
+
+bool log_adjust(RunState& run, int test, int step) {
+  if (run.log.adjusted == test) return true;
+  run.log.adjusted = test;
+  return log_line(run, test, step, log_letter::adjust,
+                  formatted("%*sADJUST PERFORMED", procedure_indent, ""));
+}
+
+void note_add(RunState& run, int kind, int test, int step, std::string_view text) {
+  do {
+    const std::string_view piece = text.substr(0, PendingNote::text_limit);
+    run.log.notes.push_back(
+        {.mask = kind, .test_major = test, .test_minor = step, .text = std::string(piece)});
+    text.remove_prefix(piece.size());
+  } while (!text.empty());
+}
+
+bool notes_write(RunState& run, int kinds) {
+  const std::vector<PendingNote> notes = take_notes(run, kinds);
+  for (std::size_t i = 0; i < notes.size(); ++i) {
+    const PendingNote& note = notes[i];
+    std::string text = note.text;
+    char letter = letter_of_note(note.mask);
+    if (i + 1 < notes.size() && share_a_line(note, notes[i + 1])) {
+      text += ' ' + notes[++i].text;
+      letter = log_letter::rslt;
+    }
+    if (!log_line(run, note.test_major, note.test_minor, letter, text)) return false;
+  }
+  return true;
+}
+
+void notes_drop(RunState& run, int kinds) { (void)take_notes(run, kinds); }
+
+}  // namespace orvane
