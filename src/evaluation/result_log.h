@@ -7,7 +7,7 @@
 //   0001.001 M   1 ...                               a test: its first printed line, and behind it its numbers
 //   0001.001 M                                PASS   the second printed line
 //   0001.001 R text of RSLT                          what the procedure or the operator added to the test
-//   0000.000 L            LEAVE DMM VOLTS
+//   0000.000 L             LEAVE DMM VOLTS
 //
 // A test line has fixed columns, counted from 0:
 //
