@@ -249,6 +249,11 @@ constexpr std::uint8_t plus = 0x01, minus = 0x02, number = 0x04;
 namespace meme_operation {
 constexpr std::uint8_t exchange = 0, load = 1, store = 2;
 }
+namespace jump_condition {
+constexpr std::uint8_t always = 0, pass = 1, fail = 2;
+}
+/// DRAW stores x and width with this added.
+constexpr int draw_offset = 10;
 namespace mod4_code {
 constexpr std::uint8_t none = 0, s = 2, n = 3, c = 4;
 }

@@ -72,7 +72,8 @@ BENCHMARK(BM_LoadProcedure)->Arg(100)->Arg(10000)->Arg(65535);
 }  // namespace orvane
 
 int main(int argc, char** argv) {
-  if (argc == 4 && std::string_view(argv[1]) == "load") return orvane::load_times(argv[2], std::atoi(argv[3]));
+  if (argc == 4 && std::string_view(argv[1]) == "load")
+    return orvane::load_times(argv[2], std::atoi(argv[3]));
   if (argc == 5 && std::string_view(argv[1]) == "find")
     return orvane::find_times(argv[2], argv[3], std::atoi(argv[4]));
   if (argc == 3 && std::string_view(argv[1]) == "sort") return orvane::pd_sort(argv[2], false) ? 0 : 1;

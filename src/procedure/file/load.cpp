@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "config/startup_config.h"
 #include "platform/files.h"
 #include "platform/input_file.h"
 #include "platform/operator.h"
@@ -212,8 +213,9 @@ void take_name(Procedure& procedure) {
 
 bool load_procedure(Procedure& procedure, const std::string& directory_path, bool text_mode) {
   std::string path;
-  if (!join_path(path, procedure_path_limit, directory_path, procedure.directory.file_name))
-    return errp(405, directory_path + "/" + procedure.directory.file_name);
+  const std::string& directory = directory_path.empty() ? startup_config().procdir : directory_path;
+  if (!join_path(path, procedure_path_limit, directory, procedure.directory.file_name))
+    return errp(405, directory + "/" + procedure.directory.file_name);
   take_name(procedure);
   const std::unique_ptr<WaitWindow> window = announce(procedure.name);
   return load_procedure_file(procedure, path, text_mode);

@@ -13,7 +13,7 @@ constexpr std::size_t procedure_path_limit = 290;
 /// Extension of compiled procedure files.
 constexpr const char* procedure_extension = "prc";
 
-/// Loads the file that procedure.directory names from `directory_path`, with the please-wait window open
+/// Loads the file that procedure.directory names from `directory_path` (empty: the key "procdir"), with the please-wait window open
 /// while it reads, and takes the procedure's name from the entry unless procedure_flag::name_set is set. In
 /// text mode listing lines are read as well and every line is rendered. A failure is reported with its number
 /// (401 to 417) and the path, and leaves the procedure empty.
