@@ -93,6 +93,72 @@ double slow_value(std::string_view number) {
   return negative ? -value : value;
 }
 
+// The end of a text that has a NUL there: no place needs to be compared with it, since a NUL is part of no
+// number.
+struct NulEnd {
+  friend bool operator!=(const char*, NulEnd) { return true; }
+  friend bool operator==(const char*, NulEnd) { return false; }
+};
+
+template <class End>
+inline const char* take_digits(const char* p, End end, std::uint64_t& mantissa) {
+  for (; p != end; ++p) {
+    const unsigned digit = static_cast<unsigned char>(*p) - unsigned{'0'};
+    if (digit > 9) break;
+    mantissa = mantissa * 10 + digit;
+  }
+  return p;
+}
+
+// The place behind a whole exponent at `p`, or `p`. The exponent is added to `exponent`, capped.
+template <class End>
+const char* take_exponent(const char* p, End end, int& exponent) {
+  const char* q = p + 1;
+  const bool negative = q != end && *q == '-';
+  if (q != end && (*q == '-' || *q == '+')) ++q;
+  if (q == end || !is_digit(*q)) return p;
+  int written = 0;
+  for (; q != end && is_digit(*q); ++q) written = std::min(written * 10 + (*q - '0'), exponent_cap);
+  exponent += negative ? -written : written;
+  return q;
+}
+
+template <class End>
+std::size_t scan(const char* const text, End end, double& value) {
+  const char* p = text;
+  const bool negative = p != end && *p == '-';
+  if (p != end && (*p == '-' || *p == '+')) ++p;
+
+  std::uint64_t mantissa = 0;
+  const char* const first = p;
+  p = take_digits(p, end, mantissa);
+  std::ptrdiff_t digits = p - first;
+  int exponent = 0;
+  if (p != end && *p == '.') {
+    const char* const fraction = ++p;
+    p = take_digits(p, end, mantissa);
+    digits += p - fraction;
+    exponent = -static_cast<int>(std::min<std::ptrdiff_t>(p - fraction, exponent_cap));
+  }
+  if (digits == 0) return 0;
+  if (p != end && (*p | 0x20) == 'e') p = take_exponent(p, end, exponent);
+
+  const auto length = static_cast<std::size_t>(p - text);
+  const auto power = static_cast<std::size_t>(exponent < 0 ? -exponent : exponent);
+  if (digits > countable_digits || mantissa > exact_integer_limit || power >= exact_powers.size())
+      [[unlikely]] {
+    value = slow_value({text, length});
+    return length;
+  }
+  double result = static_cast<double>(static_cast<std::int64_t>(mantissa));
+  if (exponent < 0)
+    result /= exact_powers[power];
+  else if (exponent > 0)
+    result *= exact_powers[power];
+  value = negative ? -result : result;
+  return length;
+}
+
 int hex_digit(char c) {
   if (is_digit(c)) return c - '0';
   const char lower = static_cast<char>(c | 0x20);
@@ -138,53 +204,10 @@ std::size_t number_length_intl(std::string_view text) {
 }
 
 std::size_t scan_number(std::string_view text, double& value) {
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  const bool negative = p != end && *p == '-';
-  if (p != end && (*p == '-' || *p == '+')) ++p;
-
-  std::uint64_t mantissa = 0;
-  const char* const first = p;
-  for (; p != end && is_digit(*p); ++p) mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-  std::ptrdiff_t digits = p - first;
-  int exponent = 0;
-  if (p != end && *p == '.') {
-    const char* const fraction = ++p;
-    for (; p != end && is_digit(*p); ++p) mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-    const std::ptrdiff_t decimals = p - fraction;
-    if (digits + decimals == 0) return 0;
-    digits += decimals;
-    exponent = -static_cast<int>(std::min<std::ptrdiff_t>(decimals, exponent_cap));
-  }
-  if (digits == 0) return 0;
-  if (p != end && (*p | 0x20) == 'e') {
-    const char* const after = skip_exponent(p, end);
-    if (after != p) {
-      int written = 0;
-      for (const char* q = p + 1; q != after; ++q) {
-        if (is_digit(*q)) written = std::min(written * 10 + (*q - '0'), exponent_cap);
-      }
-      exponent += p[1] == '-' ? -written : written;
-      p = after;
-    }
-  }
-
-  const std::size_t length = static_cast<std::size_t>(p - text.data());
-  constexpr int largest_power = static_cast<int>(exact_powers.size()) - 1;
-  if (digits <= countable_digits && mantissa <= exact_integer_limit && exponent >= -largest_power &&
-      exponent <= largest_power) [[likely]] {
-    double result = static_cast<double>(mantissa);
-    if (exponent < 0) {
-      result /= exact_powers[static_cast<std::size_t>(-exponent)];
-    } else if (exponent > 0) {
-      result *= exact_powers[static_cast<std::size_t>(exponent)];
-    }
-    value = negative ? -result : result;
-  } else {
-    value = slow_value(text.substr(0, length));
-  }
-  return length;
+  return scan(text.data(), text.data() + text.size(), value);
 }
+
+std::size_t scan_number_nul(const char* text, double& value) { return scan(text, NulEnd(), value); }
 
 std::optional<double> whole_number(std::string_view text) {
   double value = 0;

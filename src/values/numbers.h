@@ -30,6 +30,8 @@ std::size_t number_length_intl(std::string_view text);
 /// 0, one too large is infinite, with its sign. Without a number the result is 0 and the value is not
 /// touched.
 std::size_t scan_number(std::string_view text, double& value);
+/// The same for a text that ends with a NUL.
+std::size_t scan_number_nul(const char* text, double& value);
 
 /// The value if the whole text is a number.
 std::optional<double> whole_number(std::string_view text);

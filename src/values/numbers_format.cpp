@@ -15,6 +15,11 @@ constexpr bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
 constexpr std::size_t fixed_limit = 312 + print_precision_limit;
 using PrintBuffer = std::array<char, fixed_limit>;
 
+constexpr int largest_general_precision = 17;
+// 10^precision, as far as a double holds every integer below it.
+constexpr std::array<double, largest_general_precision + 1> integer_limits = {
+    1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e15, 1e15};
+
 std::chars_format format_of(char style) {
   switch (style | 0x20) {
     case 'e': return std::chars_format::scientific;
@@ -133,8 +138,14 @@ char prefix_letter(int exponent) {
 // --------------------------------------------------------------------------------------------------
 
 char* print_general(double x, int precision, char* out) {
-  return std::to_chars(out, out + general_limit, x, std::chars_format::general, std::clamp(precision, 1, 17))
-      .ptr;
+  const int digits = std::clamp(precision, 1, largest_general_precision);
+  // An integer of no more digits than are asked for is printed as one; not -0, which has a sign.
+  if (std::fabs(x) < integer_limits[static_cast<std::size_t>(digits)]) {
+    const auto integer = static_cast<std::int64_t>(x);
+    if (static_cast<double>(integer) == x && integer != 0)
+      return std::to_chars(out, out + general_limit, integer).ptr;
+  }
+  return std::to_chars(out, out + general_limit, x, std::chars_format::general, digits).ptr;
 }
 
 std::string print_number(double x, char style, int precision) {
