@@ -16,12 +16,6 @@ namespace {
 constexpr std::size_t line1_width = 80, value_width = 20;
 constexpr int procedure_indent = 8;
 
-template <class... A>
-std::string formatted(std::string_view format, const A&... args) {
-  const std::initializer_list<MessageArg> packed = {MessageArg(args)...};
-  return format_text(format, MessageArgs(packed.begin(), packed.size()));
-}
-
 // One line whatever the text holds: a line break inside would forge a line of its own.
 std::string one_line(std::string_view text) {
   std::string line(text.substr(0, log_line_limit));

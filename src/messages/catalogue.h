@@ -21,8 +21,7 @@ class MessageArg {
   enum class Kind { integer, unsigned_integer, real, text };
 
   template <class T>
-    requires std::is_integral_v<T>
-  MessageArg(T value)
+  requires std::is_integral_v<T> MessageArg(T value)
       : kind_(std::is_signed_v<T> ? Kind::integer : Kind::unsigned_integer),
         integer_(static_cast<std::int64_t>(value)) {}
   MessageArg(double value) : kind_(Kind::real), real_(value) {}
@@ -55,6 +54,13 @@ std::string_view catalogue_text(int number);
 
 /// Formats a text. Never fails; an argument too few prints "?", one too many is left out.
 std::string format_text(std::string_view format, MessageArgs args);
+
+/// The same with the arguments as they are.
+template <class... A>
+std::string formatted(std::string_view format, const A&... args) {
+  const std::initializer_list<MessageArg> packed = {MessageArg(args)...};
+  return format_text(format, MessageArgs(packed.begin(), packed.size()));
+}
 
 /// The formatted message. A number without a text gives the number and its arguments.
 std::string format_message(int number, MessageArgs args);

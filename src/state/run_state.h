@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstdint>
 #include <fstream>
 #include <optional>
@@ -10,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "state/bus_state.h"
 #include "state/fsc_record.h"
 #include "state/math_store.h"
 #include "state/test_values.h"
@@ -88,12 +90,13 @@ struct BlockEntry {
 struct BlockStack {
   std::vector<BlockEntry> entries;  // the last one is the top
   std::uint32_t next_sequence = 0;
-  std::uint32_t floor = 0;          // entries with a sequence below it belong to callers and are never found
+  std::uint32_t floor = 0;  // entries with a sequence below it belong to callers and are never found
 };
 
 struct CallLevel {
   std::int16_t test_major = 0;
   std::int16_t test_minor = 0;
+  friend auto operator<=>(const CallLevel&, const CallLevel&) = default;
 };
 
 /// Frame of the picture window, as DRAW leaves it.
@@ -130,10 +133,11 @@ struct ResultLog {
   std::vector<PendingNote> notes;
 };
 
-/// The number of an evaluated run that matter at its end.
-struct RunCounts {
-  std::uint32_t evaluated = 0;
-  std::uint32_t failed = 0;
+/// The outcome of one evaluated test, by the numbers of the CALLs that led to it and its own. A test that ran again
+/// stands again behind.
+struct TestOutcome {
+  std::vector<CallLevel> chain;
+  bool failed = false;
 };
 
 struct RunState {
@@ -143,27 +147,29 @@ struct RunState {
   std::uint16_t stop_reason = 0;  // stop_reason_bit
   std::uint32_t options = 0;      // ask_option
   std::uint64_t statements_run = 0;
-  std::uint64_t abort_at = 0;     // statements_run at which an abort is due; 0 none
+  std::uint64_t next_abort = 0;  // statements_run at which an abort is due; 0 none
   RegisterFile registers;
-  double adjust_threshold = 0;    // percent
+  double adjust_threshold = 0;  // percent
 
   TestValues test;
   DecisionBlock decision;
   QuantitySlots slots;
   BlockStack blocks;
   std::vector<CallLevel> calls;
-  int call_depth = 0;             // CALLs that the dispatcher has open
+  int call_depth = 0;  // CALLs that the dispatcher has open
   MathStore math;
   std::vector<VsetEntry> vset;
   ToleranceField latest_tolerance;  // of the latest TOL statement
   DrawSettings draw;
-  std::vector<std::string> mess_lines;                          // of MESS, for the next prompt
+  std::vector<std::string> mess_lines;                            // of MESS, for the next prompt
   std::vector<std::pair<std::string, std::string>> uut_settings;  // of SET
   ResultLog log;
-  RunCounts counts;
-  std::string procedure_name;     // of the running procedure, as shown
-  std::string run_name;           // of the main procedure
-  bool demo_mode = true;          // no instrument is touched
+  IeeeState ieee;
+  std::vector<TestOutcome> outcomes;
+  std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order
+  std::string procedure_name;           // of the running procedure, as shown
+  std::string run_name;                 // of the main procedure
+  bool demo_mode = true;                // no instrument is touched
   bool full_initialisation = true;
 
   // Handed down by the instruments' floor; null while no bus is in use.

@@ -1,6 +1,18 @@
-// The bracket language of texts: plain characters stand for themselves, elements in brackets insert values or act.
+// The bracket language of texts. Plain characters stand for themselves; an element in brackets inserts a value or
+// acts; text in braces goes to the results and not into the text.
+//
+//   [13]          one byte, 0 to 255                [MEM] [MEM1] [MEM2]   a register
+//   [X 0D 0A]     bytes in hexadecimal              [M12] [L3]            a numbered register
+//   {text}        kept as the statement's brace text
+//
+// Blanks and tabs may stand behind the opening bracket; letters count in any case. What an element does on a bus is
+// a table of the instruments' floor (ElementAction); an element that the statement does not offer is message 1935.
+//
+// An action behind plain text is not run at once: the text so far is returned, and the next call runs it. So texts
+// and actions happen in their written order.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -8,9 +20,34 @@
 
 namespace orvane {
 
-/// Expands the text of an operator's window: elements that insert values ([MEM], [Mn], [V name], [n] and the rest)
-/// are replaced; braces and what stands between them are kept as the statement's brace text and not shown. False
-/// after a report.
-[[nodiscard]] bool expand_text(RunState& run, const FscRecord& record, std::string_view text, std::string& out);
+/// An element that acts. `word` is its letters in capitals and the signs that belong to them ("I", "I$", "@").
+struct ElementAction {
+  std::string_view word;
+  const char* function;  // how messages name it
+  /// `argument` is what follows the word, without blanks around it. False after a report.
+  bool (*act)(RunState& run, const FscRecord& record, std::string_view argument);
+};
+
+/// A place in a text that is being expanded.
+struct TextCursor {
+  std::string_view text;
+  std::size_t at = 0;
+  bool done() const { return at >= text.size(); }
+};
+
+/// An expanded text may be this long (message 1901).
+constexpr std::size_t expansion_limit = 4152;
+
+/// Expands from the cursor up to the end or to an action that has text in front of it; actions without text in front
+/// run. False after a report.
+[[nodiscard]] bool expand(RunState& run, const FscRecord& record, TextCursor& cursor,
+                          std::span<const ElementAction> actions, std::string& out);
+
+/// Expands the whole text of an operator's window, in which nothing acts. False after a report.
+[[nodiscard]] bool expand_text(RunState& run, const FscRecord& record, std::string_view text,
+                               std::string& out);
+
+/// An unsigned decimal number that is the whole of `text`, within the limits; nothing otherwise.
+std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high);
 
 }  // namespace orvane

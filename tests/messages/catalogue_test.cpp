@@ -10,29 +10,23 @@
 namespace orvane {
 namespace {
 
-template <class... A>
-std::string format(std::string_view text, const A&... args) {
-  const std::initializer_list<MessageArg> packed = {MessageArg(args)...};
-  return format_text(text, MessageArgs(packed.begin(), packed.size()));
-}
-
 TEST(Catalogue, DirectivesPrintTheirArgument) {
-  EXPECT_EQ(format("line %d of %s", 7, "a.prc"), "line 7 of a.prc");
-  EXPECT_EQ(format("%-6s|%6.2f|%05d|%x", "ab", 3.14159, 42, 255), "ab    |  3.14|00042|ff");
-  EXPECT_EQ(format("%*s%3d", 8, "", 5), "          5");
-  EXPECT_EQ(format("%.2s%%", "abcdef"), "ab%");
-  EXPECT_EQ(format("%ld %lu", std::numeric_limits<std::int64_t>::min(), 18446744073709551615ULL),
+  EXPECT_EQ(formatted("line %d of %s", 7, "a.prc"), "line 7 of a.prc");
+  EXPECT_EQ(formatted("%-6s|%6.2f|%05d|%x", "ab", 3.14159, 42, 255), "ab    |  3.14|00042|ff");
+  EXPECT_EQ(formatted("%*s%3d", 8, "", 5), "          5");
+  EXPECT_EQ(formatted("%.2s%%", "abcdef"), "ab%");
+  EXPECT_EQ(formatted("%ld %lu", std::numeric_limits<std::int64_t>::min(), 18446744073709551615ULL),
             "-9223372036854775808 18446744073709551615");
 }
 
 TEST(Catalogue, ADirectiveThatDoesNotFitPrintsTheArgumentPlainly) {
-  EXPECT_EQ(format("%s and %d", 12, "text"), "12 and text");
-  EXPECT_EQ(format("%d", 2.5), "2.5");
-  EXPECT_EQ(format("%s %s", "only one"), "only one ?");
-  EXPECT_EQ(format("%n %q 100% %"), "%n %q 100% %");
-  EXPECT_EQ(format("%999999999d", 1).size(), 512u);
-  EXPECT_EQ(format("%.999999999f", 1.0).size(), 514u);
-  EXPECT_EQ(format("%*d", -5, 3), "3");
+  EXPECT_EQ(formatted("%s and %d", 12, "text"), "12 and text");
+  EXPECT_EQ(formatted("%d", 2.5), "2.5");
+  EXPECT_EQ(formatted("%s %s", "only one"), "only one ?");
+  EXPECT_EQ(formatted("%n %q 100% %"), "%n %q 100% %");
+  EXPECT_EQ(formatted("%999999999d", 1).size(), 512u);
+  EXPECT_EQ(formatted("%.999999999f", 1.0).size(), 514u);
+  EXPECT_EQ(formatted("%*d", -5, 3), "3");
 }
 
 using CatalogueFile = test::EngineTest;

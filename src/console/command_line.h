@@ -1,0 +1,32 @@
+// The command line of ovrun: the system's own words are taken out first, the rest are options in the usual form.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+struct OvrunOptions {
+  std::string config;
+  std::string settings;
+  std::string mode;     // "", "demo" or "real"
+  std::string answers;  // a file, "-", or empty: the operator types
+  std::string transcript;
+  std::string progress = "auto";
+  bool check_config = false;
+  bool list = false;
+
+  // The system's own words.
+  std::string procedure;      // -run
+  std::string directory;      // -dir
+  std::string debug_letters;  // behind -T
+  bool auto_test = false;
+  bool trace = false;
+};
+
+/// Reads the command line. A value: the program ends with it at once (0 after help or version, 64 after one line on
+/// standard error).
+std::optional<int> parse_command_line(int argc, const char* const* argv, OvrunOptions& options);
+
+}  // namespace orvane

@@ -1,0 +1,216 @@
+#include "instruments/ieee488.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "config/startup_config.h"
+#include "instruments/gpib_driver.h"
+#include "state/debug.h"
+#include "state/report.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::uint32_t start_timeout = 500;
+constexpr int secondary_base = 0x60;
+
+// Configuration key ib_type: which family of boards it names.
+enum class Family { none, other, supported };
+Family family_of(int type) {
+  if (type >= 10 && type <= 16) return Family::supported;
+  for (const int other : {2, 1444, 1488}) {
+    if (type == other) return Family::other;
+  }
+  return Family::none;
+}
+
+// The driver's failure codes and their messages; any other code is 2756.
+struct FailureRow {
+  int iberr;
+  int message;
+};
+constexpr FailureRow failure_rows[] = {{0, 2740},  {1, 2741},  {2, 2742},  {3, 2743},  {4, 2744},  {5, 2745},
+                                       {6, 2746},  {7, 2747},  {8, 2748},  {10, 2749}, {11, 2750}, {12, 2751},
+                                       {14, 2752}, {15, 2753}, {16, 2754}, {20, 2755}};
+constexpr int other_failure = 2756;
+
+// The driver's configuration of a board, in this order: option and value. `dma` stands for the key ib_dma.
+constexpr int dma = -1;
+struct OptionRow {
+  int option;
+  int value;
+};
+constexpr OptionRow option_rows[] = {{1, 0},  {2, 0},  {4, 1},  {7, 0},  {8, 0},  {10, 1}, {11, 1},
+                                     {12, 0}, {13, 0}, {14, 1}, {15, 0}, {16, 0}, {17, 1}, {18, dma},
+                                     {19, 0}, {20, 0}, {23, 0}, {25, 0}, {26, 1}};
+
+// Upper limits in microseconds of the driver's time-out codes 1 to 16; beyond the last it is 17.
+constexpr std::uint64_t timeout_limits[] = {10,       30,       100,       300,      1000,    3000,
+                                            10000,    30000,    100000,    300000,   1000000, 3000000,
+                                            10000000, 30000000, 100000000, 300000000};
+
+bool boards_configured = false;
+
+int boards() { return std::clamp<int>(startup_config().ib_nport, 0, 2); }
+
+// Reports what the driver says of its last call.
+bool driver_failure(RunState& run, const GpibDriver& driver) {
+  const int code = *driver.iberr;
+  for (const FailureRow& row : failure_rows) {
+    if (row.iberr == code) return run_error(run, row.message);
+  }
+  return run_error(run, other_failure, code);
+}
+
+bool check(RunState& run, const GpibDriver& driver) {
+  return !driver.failed() || driver_failure(run, driver);
+}
+
+bool configure_board(RunState& run, const GpibDriver& driver, int board) {
+  driver.ibonl(board, 1);
+  if (!check(run, driver)) return false;
+  for (const OptionRow& row : option_rows) {
+    driver.ibconfig(board, row.option, row.value == dma ? startup_config().ib_dma : row.value);
+    if (!check(run, driver)) return false;
+  }
+  return true;
+}
+
+// Fails while the run is stopping: nothing more goes out on the bus then.
+bool may_talk(const RunState& run) { return !run.has(run_flag::stop_test); }
+
+void trace(std::string_view function, const BusAddress& address, std::string_view data) {
+  if ((debug_flags() & debug_bit::bus) == 0) return;
+  std::string shown;
+  for (const char c : data) {
+    const auto byte = static_cast<unsigned char>(c);
+    shown += byte >= 0x20 && byte < 0x7F ? std::string(1, c)
+                                         : "<" + std::to_string(static_cast<unsigned>(byte)) + ">";
+  }
+  debug_log("%s : address %u, board %u : \"%s\"", function, address.primary, address.board, shown);
+}
+
+}  // namespace
+
+bool ib_is_live(const RunState& run) {
+  return !run.demo_mode && boards() > 0 && family_of(startup_config().ib_type) == Family::supported;
+}
+
+bool ib_init(RunState& run) {
+  if (run.demo_mode || boards() == 0) return true;
+  if (family_of(startup_config().ib_type) == Family::none)
+    return run_error(run, 2864, startup_config().ib_type);
+  if (!ib_is_live(run)) return true;
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr) return false;
+  for (int board = 0; board < boards() && !boards_configured; ++board) {
+    if (!configure_board(run, *driver, board)) return false;
+  }
+  boards_configured = true;
+  for (int board = 0; board < boards(); ++board) {
+    driver->SendIFC(board);
+    if (!check(run, *driver)) return false;
+  }
+  return ib_timeout(run, 0, start_timeout);
+}
+
+std::uint16_t ib_driver_address(const BusAddress& address) {
+  if ((address.flags & BusAddress::do_not_address) != 0) return gpib_no_address;
+  if ((address.flags & BusAddress::secondary_valid) != 0)
+    return static_cast<std::uint16_t>((address.secondary + secondary_base) * 256 + address.primary);
+  return address.primary;
+}
+
+int ib_timeout_code(std::uint32_t milliseconds) {
+  if (milliseconds == 0) return 0;
+  const std::uint64_t wanted = std::uint64_t{std::min(milliseconds, ib_longest_timeout)} * 1000;
+  const auto limit = std::lower_bound(std::begin(timeout_limits), std::end(timeout_limits), wanted);
+  return static_cast<int>(limit - std::begin(timeout_limits)) + 1;
+}
+
+bool ib_timeout(RunState& run, int board, std::uint32_t milliseconds) {
+  if (!ib_is_live(run)) return true;
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr) return false;
+  driver->ibtmo(board, ib_timeout_code(milliseconds));
+  return check(run, *driver);
+}
+
+bool ib_trd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit, int terminator,
+            bool& ended) {
+  data.clear();
+  ended = true;
+  if (!ib_is_live(run)) return true;
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr || !may_talk(run)) return false;
+  const std::uint16_t target = ib_driver_address(address);
+  const int stop = terminator == IeeeState::end_only ? gpib_receive_to_end : terminator;
+  data.resize(limit);
+  if (target == gpib_no_address) {
+    driver->RcvRespMsg(address.board, data.data(), static_cast<long>(limit), stop);
+  } else {
+    driver->Receive(address.board, target, data.data(), static_cast<long>(limit), stop);
+  }
+  const int status = driver->status();
+  data.resize(static_cast<std::size_t>(std::clamp<long>(driver->count(), 0, static_cast<long>(limit))));
+  if (!check(run, *driver)) return false;
+  ended = terminator == IeeeState::end_only
+              ? (status & gpib_status::end) != 0
+              : !data.empty() && static_cast<unsigned char>(data.back()) == static_cast<unsigned>(terminator);
+  trace("ib_trd", address, data);
+  return true;
+}
+
+bool ib_wrt_eoi(RunState& run, const BusAddress& address, std::string_view data, bool end) {
+  if (!ib_is_live(run)) return true;
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr || !may_talk(run)) return false;
+  trace("ib_wrt", address, data);
+  const std::uint16_t target = ib_driver_address(address);
+  const int mode = end ? gpib_send::with_end : gpib_send::no_end;
+  if (target == gpib_no_address) {
+    driver->SendDataBytes(address.board, data.data(), static_cast<long>(data.size()), mode);
+  } else {
+    driver->Send(address.board, target, data.data(), static_cast<long>(data.size()), mode);
+  }
+  return check(run, *driver);
+}
+
+bool ib_clr(RunState& run, const BusAddress& address) {
+  if (!ib_is_live(run)) return true;
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr) return false;
+  if ((debug_flags() & debug_bit::bus) != 0)
+    debug_log("%s : SDC sent to device at address %u, board %u", "ib_clr", address.primary, address.board);
+  driver->DevClear(address.board, ib_driver_address(address));
+  return check(run, *driver);
+}
+
+bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status) {
+  status = 0;
+  if (!ib_is_live(run)) return true;
+  if (address.board > 1) return run_error(run, 1936, address.board);
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr || !may_talk(run)) return false;
+  short byte = 0;
+  driver->ReadStatusByte(address.board, ib_driver_address(address), &byte);
+  if (!check(run, *driver)) return false;
+  status = static_cast<std::uint8_t>(byte & 0xFF);
+  if ((debug_flags() & debug_bit::bus) != 0) {
+    static constexpr const char* names[] = {"B0", "B1", "B2", "B3", "MAV", "ESB", "RQS", "B7"};
+    std::string bits;
+    for (int bit = 7; bit >= 0; --bit) {
+      if ((status >> bit & 1) != 0) bits += (bits.empty() ? "" : ", ") + std::string(names[bit]);
+    }
+    debug_log("%s : status byte = %x (HEX) = (%s)", "ib_spoll", status, bits);
+  }
+  return true;
+}
+
+void ib_end_of_run(RunState& run) {
+  if (!ib_is_live(run) || !boards_configured) return;
+  const GpibDriver* driver = gpib_driver();
+  for (int board = 0; driver != nullptr && board < boards(); ++board) driver->SendIFC(board);
+}
+
+}  // namespace orvane

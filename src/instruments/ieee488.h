@@ -1,0 +1,48 @@
+// The program's own layer over the IEEE-488 driver: it configures the boards, reads and writes with the program's
+// conventions for terminators and END, and turns the driver's failures into numbered reports. In demonstration mode,
+// and with no board configured, every function succeeds and touches nothing.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "state/bus_state.h"
+#include "state/run_state.h"
+
+namespace orvane {
+
+constexpr std::uint32_t ib_default_timeout = 15000;  // milliseconds, of a statement that sets none
+constexpr std::uint32_t ib_longest_timeout = 1000000;
+constexpr std::size_t ib_read_limit = 4096;  // bytes of one read
+
+/// Is there a bus to talk to: real mode, a board, and a family that this layer drives?
+bool ib_is_live(const RunState& run);
+
+/// At the start of a run: the boards are configured once for the program, interface clear on each, board 0's time-out
+/// set to 500 ms. False after a report (2864 for a board type that is none; a driver's failure).
+[[nodiscard]] bool ib_init(RunState& run);
+
+/// The driver's address of a device.
+std::uint16_t ib_driver_address(const BusAddress& address);
+
+/// The driver's code of the smallest time-out not below `milliseconds` (at most ib_longest_timeout; 0 is none).
+int ib_timeout_code(std::uint32_t milliseconds);
+[[nodiscard]] bool ib_timeout(RunState& run, int board, std::uint32_t milliseconds);
+
+/// Reads up to `limit` bytes. `terminator` 64 reads to END, any other value to that character. `ended`: END was seen,
+/// or the last byte is the terminator. False after a report.
+[[nodiscard]] bool ib_trd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit,
+                          int terminator, bool& ended);
+/// Writes, with END on the last byte unless `end` is false. False after a report.
+[[nodiscard]] bool ib_wrt_eoi(RunState& run, const BusAddress& address, std::string_view data, bool end);
+/// Device clear.
+[[nodiscard]] bool ib_clr(RunState& run, const BusAddress& address);
+/// Serial poll; 1936 for a board other than 0 and 1.
+[[nodiscard]] bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status);
+
+/// The end of a run: interface clear, so that no device is left addressed.
+void ib_end_of_run(RunState& run);
+
+}  // namespace orvane

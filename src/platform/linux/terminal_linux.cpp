@@ -1,0 +1,74 @@
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/terminal.h"
+
+namespace orvane {
+namespace {
+
+constexpr int poll_interval = 100;         // milliseconds between two looks at the stop word
+constexpr std::size_t line_limit = 65536;  // a longer line is cut
+
+void (*interrupt_handler)() = nullptr;
+
+void on_signal(int) {
+  if (interrupt_handler != nullptr) interrupt_handler();
+}
+
+// Bytes that were read behind the end of the last line.
+std::string& waiting() {
+  static std::string bytes;
+  return bytes;
+}
+
+bool take_line(std::string& line) {
+  std::string& bytes = waiting();
+  const std::size_t end = bytes.find('\n');
+  if (end == std::string::npos) return false;
+  line = bytes.substr(0, end);
+  bytes.erase(0, end + 1);
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+}  // namespace
+
+LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
+  for (;;) {
+    if (take_line(line)) return LineEnd::line;
+    if (stop()) {
+      waiting().clear();
+      return LineEnd::interrupted;
+    }
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    const int ready = ::poll(&input, 1, poll_interval);
+    if (ready <= 0) continue;  // nothing yet, or a signal
+    char block[4096];
+    const ssize_t count = ::read(STDIN_FILENO, block, sizeof block);
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+    if (count <= 0) {
+      line = waiting();
+      waiting().clear();
+      return line.empty() ? LineEnd::end : LineEnd::line;
+    }
+    if (waiting().size() < line_limit) waiting().append(block, static_cast<std::size_t>(count));
+  }
+}
+
+bool terminal_input() { return ::isatty(STDIN_FILENO) != 0; }
+bool terminal_output() { return ::isatty(STDOUT_FILENO) != 0; }
+bool terminal_error() { return ::isatty(STDERR_FILENO) != 0; }
+
+void on_interrupt(void (*handler)()) {
+  interrupt_handler = handler;
+  struct sigaction action {};
+  action.sa_handler = on_signal;
+  sigemptyset(&action.sa_mask);
+  ::sigaction(SIGINT, &action, nullptr);
+  ::sigaction(SIGTERM, &action, nullptr);
+}
+
+}  // namespace orvane

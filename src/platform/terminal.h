@@ -1,0 +1,27 @@
+// The terminal of the console programs: lines from the operator that an interrupt can end, and the interrupt itself.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace orvane {
+
+enum class LineEnd {
+  line,        // a line was read
+  end,         // end of input
+  interrupted  // `stop` said so before a line was complete
+};
+
+/// Reads a line from standard input, without its line end. Asks `stop` at least every 100 ms, and whenever a signal
+/// arrives; what was typed before an interruption is lost.
+LineEnd terminal_read_line(std::string& line, bool (*stop)());
+
+/// Is standard input, output or error a terminal?
+bool terminal_input();
+bool terminal_output();
+bool terminal_error();
+
+/// Calls `handler` at each interrupt (Ctrl+C) from then on. The handler may only set atomic words.
+void on_interrupt(void (*handler)());
+
+}  // namespace orvane

@@ -1,0 +1,92 @@
+#include "procedure/operator/wait.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+
+#include "platform/platform.h"
+#include "procedure/operator/statements.h"
+#include "state/fsc.h"
+#include "state/pump.h"
+#include "state/report.h"
+#include "text/expand.h"
+#include "values/numbers.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::uint32_t granularity = 250;  // milliseconds
+
+std::string_view without_blanks(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t");
+  return first == std::string_view::npos ? std::string_view() : text.substr(first);
+}
+
+std::string countdown(std::uint32_t seconds) {
+  return formatted("%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+std::uint32_t whole_seconds(std::uint32_t milliseconds) { return (milliseconds + 999) / 1000; }
+
+void wait_with_window(std::uint32_t milliseconds, const std::string& text) {
+  Platform& outside = platform();
+  std::unique_ptr<WaitWindow> window;
+  const std::string title = msg(30045);
+  std::uint32_t shown = whole_seconds(milliseconds);
+  const auto line = [&] { return (text.empty() ? "" : text + "\n") + countdown(shown); };
+  if (outside.desk != nullptr) window = outside.desk->wait({title, line(), true});
+
+  const std::uint32_t start = outside.clock->ticks();
+  for (;;) {
+    if (pump_messages()) return;
+    if (window != nullptr && window->abort_pressed()) {
+      raise_abort();
+      return;
+    }
+    // Unsigned: right across the wrap of the tick counter.
+    const std::uint32_t elapsed = outside.clock->ticks() - start;
+    if (elapsed >= milliseconds) return;
+    const std::uint32_t left = milliseconds - elapsed;
+    if (whole_seconds(left) != shown) {
+      shown = whole_seconds(left);
+      if (window != nullptr) window->update(line());
+    }
+    outside.clock->sleep(std::min(granularity, left));
+  }
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> wait_time(std::string_view text) {
+  constexpr double longest = 4294967.0;  // seconds that the tick counter reaches
+  double seconds = 0;
+  for (int part = 0; part < 3; ++part) {
+    const std::size_t colon = text.find(':');
+    const std::string_view piece = text.substr(0, colon);
+    const bool last = colon == std::string_view::npos;
+    const std::optional<double> number = whole_number(piece);
+    if (!number || (!last && piece.find_first_not_of("0123456789") != std::string_view::npos))
+      return std::nullopt;
+    seconds = seconds * 60 + *number;
+    if (!(seconds >= 0 && seconds <= longest)) return std::nullopt;
+    if (last) return static_cast<std::uint32_t>(std::lround(seconds * 1000));
+    text.remove_prefix(colon + 1);
+  }
+  return std::nullopt;
+}
+
+bool run_wait(Statement& s) {
+  std::string expanded;
+  if (!expand_text(s.run, s.record, s.record.text(field::text), expanded)) return run_error(s.run, 4481);
+  std::string_view text = without_blanks(expanded);
+  if (!text.starts_with("-t")) return run_error(s.run, 2517, fsc_name(fsc_ordinal(s.record.code())));
+  text = without_blanks(text.substr(2));
+  const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
+  const auto time = wait_time(text.substr(0, end));
+  if (!time) return run_error(s.run, 4482, text.substr(0, end));
+  wait_with_window(*time, std::string(without_blanks(text.substr(end))));
+  return true;
+}
+
+}  // namespace orvane

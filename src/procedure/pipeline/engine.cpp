@@ -1,0 +1,88 @@
+#include "procedure/pipeline/engine.h"
+
+#include <cstdlib>
+
+#include "config/profile.h"
+#include "config/startup_config.h"
+#include "config/user_settings.h"
+#include "evaluation/handlers.h"
+#include "instruments/bus_statements.h"
+#include "instruments/ieee488.h"
+#include "platform/files.h"
+#include "procedure/file/memory.h"
+#include "procedure/operator/statements.h"
+#include "procedure/run/dispatch.h"
+#include "procedure/run/flow.h"
+#include "settings/vset.h"
+#include "state/debug.h"
+#include "state/report.h"
+#include "values/math/math.h"
+#include "values/numbers.h"
+#include "values/registers.h"
+
+namespace orvane {
+namespace {
+
+bool read_configuration(RunState& run, const std::string& path) {
+  std::vector<ConfigFault> faults;
+  const bool sound = config_load(path, faults);
+  config_report(faults);
+  if (!sound) return false;
+  const StartupConfig& config = startup_config();
+  set_compare_epsilon(config.epsfactor);
+  math_environment().conversion_precision = config.MathConvPrecision;
+  if (config.tur_lim >= 0) run.flags2 |= run_flag2::uncertainty;
+  return true;
+}
+
+bool open_debug_log(const std::string& path) {
+  if ((log_flags() & log_bit::open_log) == 0) return true;
+  if (!file_exists(path)) return errp(490, path);
+  const auto folder = profile_get(path, "startup", "workdir");
+  if (!folder && startup_config().workdir.empty()) return errp(491, path);
+  return debug_log_open(startup_config().workdir);
+}
+
+bool demo_mode(RunMode mode) {
+  switch (mode) {
+    case RunMode::demo: return true;
+    case RunMode::real: return false;
+    case RunMode::from_settings: break;
+  }
+  return user_setting("Run Time", "mode").value_or("demo") != "real";
+}
+
+}  // namespace
+
+std::string default_config_path() {
+  if (const char* named = std::getenv("ORVANE_INI"); named != nullptr && *named != '\0') return named;
+  const std::string own = user_config_directory() + "/orvane.ini";
+  return file_exists(own) ? own : system_config_directory() + "/orvane.ini";
+}
+
+void engine_install() {
+  for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
+                              settings_handlers(), operator_handlers(), bus_handlers()})
+    dispatch_install(handlers);
+  math_environment().epsilon = vset_math_epsilon;
+}
+
+bool engine_start(RunState& run, const EngineStart& start) {
+  engine_install();
+  const std::string path = start.config_path.empty() ? default_config_path() : start.config_path;
+  if (!read_configuration(run, path)) return false;
+  use_user_settings(start.settings_path.empty() ? user_config_directory() + "/settings.ini"
+                                                : start.settings_path);
+  if (!open_debug_log(path)) return false;
+  run.demo_mode = demo_mode(start.mode);
+  return true;
+}
+
+void engine_make_safe() { ib_end_of_run(run_state()); }
+
+void engine_stop() {
+  free_all_procedures();
+  debug_log_close();
+}
+
+}  // namespace orvane

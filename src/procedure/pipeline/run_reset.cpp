@@ -1,0 +1,77 @@
+#include "procedure/pipeline/run_reset.h"
+
+#include "config/startup_config.h"
+#include "procedure/run/blocks.h"
+#include "procedure/run/capture.h"
+#include "settings/vset.h"
+#include "state/pump.h"
+#include "state/report.h"
+#include "values/math/variables.h"
+#include "values/registers.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::int16_t systype_oscilloscope = 2;
+
+std::uint32_t start_options() {
+  const StartupConfig& config = startup_config();
+  std::uint32_t options = ask_option::start;
+  if (config.systype == systype_oscilloscope) options |= ask_option::D;
+  if (config.ask_c_default != 0) options |= ask_option::C;
+  if (config.ask_x_default != 0) options |= ask_option::X;
+  if (config.ask_z_default != 0) options |= ask_option::Z;
+  return options;
+}
+
+void reset_draw(RunState& run) { run.draw = DrawSettings(); }
+void reset_options(RunState& run) { run.options = start_options(); }
+void reset_settings_list(RunState& run) { run.uut_settings.clear(); }
+void reset_outcomes(RunState& run) { run.outcomes.clear(); }
+void reset_vset(RunState& run) { run.vset.clear(); }
+void reset_messages(RunState&) { queue_clear(); }
+void reset_mess(RunState& run) { run.mess_lines.clear(); }
+void reset_tolerance(RunState& run) { run.latest_tolerance = ToleranceField(); }
+void reset_test(RunState& run) {
+  run.test = TestValues();
+  run.decision = DecisionBlock();
+}
+void reset_calls(RunState& run) {
+  run.calls.clear();
+  run.call_depth = 0;
+}
+void reset_abort(RunState&) { clear_abort(); }
+void reset_bus(RunState& run) { run.ieee = IeeeState(); }
+void reset_notes(RunState& run) { run.log.notes.clear(); }
+
+constexpr RunResetRow rows[] = {
+    {"picture frame", reset_draw, ResetWhen::full},
+    {"registers", clear_registers, ResetWhen::full},
+    {"option letters", reset_options, ResetWhen::full},
+    {"settings of the unit under test", reset_settings_list, ResetWhen::full},
+    {"outcomes", reset_outcomes, ResetWhen::full},
+    {"run-time variables", reset_vset, ResetWhen::full},
+    {"message queue", reset_messages, ResetWhen::full},
+    {"message lines", reset_mess, ResetWhen::full},
+    {"latest tolerance", reset_tolerance, ResetWhen::full},
+    {"test in hand", reset_test, ResetWhen::full},
+    {"block stack", block_reset, ResetWhen::always},
+    {"call stack", reset_calls, ResetWhen::always},
+    {"quantity slots", release_quantities, ResetWhen::always},
+    {"MATH variables", mvar_clear, ResetWhen::always},
+    {"pending notes", reset_notes, ResetWhen::always},
+    {"bus statements", reset_bus, ResetWhen::always},
+    {"abort request", reset_abort, ResetWhen::always},
+};
+
+}  // namespace
+
+std::span<const RunResetRow> run_reset_rows() { return rows; }
+
+void run_reset(RunState& run, bool full) {
+  for (const RunResetRow& row : rows) {
+    if (full || row.when == ResetWhen::always) row.reset(run);
+  }
+}
+
+}  // namespace orvane

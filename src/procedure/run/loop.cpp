@@ -1,0 +1,217 @@
+#include "procedure/run/loop.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+#include "evaluation/result_log.h"
+#include "procedure/file/procedure.h"
+#include "procedure/file/render.h"
+#include "procedure/run/call.h"
+#include "procedure/run/capture.h"
+#include "procedure/run/dispatch.h"
+#include "procedure/run/post_test.h"
+#include "settings/vset.h"
+#include "state/debug.h"
+#include "state/pump.h"
+#include "state/report.h"
+#include "values/numbers.h"
+
+namespace orvane {
+namespace {
+
+using Hook = bool (*)(RunState&, const FscRecord&);
+
+std::array<Hook, static_cast<std::size_t>(LoopStep::count)>& hooks() {
+  static std::array<Hook, static_cast<std::size_t>(LoopStep::count)> table{};
+  return table;
+}
+
+// A line that ends a test, or a statement of one record.
+constexpr std::uint16_t finished_result = line_flag::result | line_flag::last;
+
+class Loop {
+ public:
+  Loop(RunState& run, Procedure*& procedure) : run_(run), procedure_(procedure), hooks_(hooks()) {}
+
+  void run() {
+    trace_ = (debug_flags() & debug_bit::run) != 0;
+    static_cast<void>(log_enter(run_, number_of_tests(*procedure_), procedure_->name));
+    const std::string name = procedure_->name;
+    start();
+    while (!stop_ && procedure_ != nullptr && procedure_->current != nullptr) {
+      ProcNode* node = procedure_->current;
+      run_.clear(run_flag::skip_test);
+      if (node->record == nullptr || !node->record->has_class(code_class::executable)) {
+        procedure_->current = node->next;
+        continue;
+      }
+      line(*node);
+    }
+    static_cast<void>(log_leave(run_, name));
+  }
+
+ private:
+  static int number_of_tests(const Procedure& procedure) {
+    std::string text = header_text(procedure, header_code::number_of_tests);
+    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+    return parse_short(text.substr(0, text.find_last_not_of(' ') + 1)).value_or(0);
+  }
+
+  void start() {
+    // A procedure check may have placed the line already.
+    if (run_.has(run_flag::check_mode) && procedure_->current != nullptr &&
+        procedure_->has(procedure_flag::placed)) {
+      procedure_->clear(procedure_flag::placed);
+    } else {
+      procedure_->current = procedure_->head;
+    }
+  }
+
+  void step(LoopStep which, const FscRecord& record) {
+    const Hook hook = hooks_[static_cast<std::size_t>(which)];
+    if (hook != nullptr && !hook(run_, record)) run_.set(run_flag::stop_test);
+  }
+
+  // Serves the bus; after quick statements only now and then, since a poll costs a driver call a board.
+  void poll(Pace pace) {
+    if (run_.bus_poll == nullptr) [[likely]]
+      return;
+    if (pace == Pace::quick && ++quick_polls_ % quick_statements_per_poll != 0) return;
+    if (!abort_requested() && !run_.has(run_flag::stop_test)) run_.bus_poll(run_);
+  }
+
+  void scripted_abort() {
+    raise_abort();
+    const auto next = std::upper_bound(run_.abort_at.begin(), run_.abort_at.end(), run_.statements_run);
+    run_.next_abort = next != run_.abort_at.end() ? *next : 0;
+  }
+
+  bool abort_seen(Pace pace) {
+    if (++run_.statements_run == run_.next_abort) [[unlikely]]
+      scripted_abort();
+    return pace == Pace::quick ? pump_messages_quick() : pump_messages();
+  }
+
+  void before(ProcNode& node, const FscRecord& record, const DispatchEntry& entry, std::uint16_t flags) {
+    if (trace_)
+      debug_log("run : %s",
+                node.text != nullptr ? std::string(node.text, node.text_length) : render_record(record));
+    if ((flags & line_flag::result) != 0)
+      run_.test.test_state &= static_cast<std::uint16_t>(~test_bit::go_no_go);
+    // A log that breaks has said so; the run goes on without it.
+    if ((flags & line_flag::adjustment) != 0)
+      static_cast<void>(log_adjust(run_, record.test_major(), record.test_minor()));
+    if (entry.capture != Capture::none) capture_quantities(run_, record, entry.capture);
+    step(LoopStep::note_results, record);
+    step(LoopStep::note_named_values, record);
+    step(LoopStep::clear_latch, record);
+  }
+
+  // One executable line: steps in the order that procedures, instruments and results rely on.
+  void line(ProcNode& node) {
+    const std::uint16_t own_flags = node.record->line_flags();
+    const DispatchEntry& entry = dispatch_entry(node.record->code());
+    const Pace pace = entry.pace;
+    before(node, *node.record, entry, own_flags);
+
+    poll(pace);
+    if (!run_.has(run_flag::stop_test)) {
+      dispatch_statement(run_, procedure_);
+      if (procedure_ == nullptr) return;
+    } else {
+      run_.clear(run_flag::branch_taken);  // a statement that did not run decides nothing
+    }
+    poll(pace);
+    if (procedure_->current == nullptr) return;
+
+    // The statement may have moved the line, and a CALL may have loaded it again.
+    ProcNode& this_line = *procedure_->current;
+    const FscRecord& record = *this_line.record;
+    const std::uint16_t flags = record.line_flags();
+    after_statement(record, flags);
+    poll(pace);
+
+    if (abort_seen(pace) && take_abort()) return;
+    bool reset_samples = false;
+    const bool finished = (flags & finished_result) == finished_result;
+    if (run_.stopped() || finished) {
+      if (!post_test(run_, procedure_, reset_samples)) vset_test_done(run_);
+      if (procedure_ == nullptr) return;
+    }
+    end_of_statement(record, flags);
+    next_line();
+  }
+
+  void after_statement(const FscRecord& record, std::uint16_t flags) {
+    const std::uint16_t code = record.code();
+    constexpr std::uint16_t judged = test_bit::go_no_go | test_bit::indicated_text;
+    if ((code & code_class::instrument) != 0 && run_.asks(ask_option::C) && !run_.stopped() &&
+        (run_.test.test_state & judged) == 0)
+      step(LoopStep::check_instruments, record);
+    if ((run_.flags2 & run_flag2::uncertainty) != 0 && !run_.stopped() &&
+        ((code & code_class::test) != 0 || code == fsc::acc) && (flags & line_flag::last) != 0)
+      step(LoopStep::system_accuracy, record);
+    step(LoopStep::release_parameters, record);
+  }
+
+  // An abort ends the run, or with option T leads to the stop dialog. True if the loop is left.
+  bool take_abort() {
+    clear_abort();
+    run_.clear(run_flag::stop_test);
+    if (run_.asks(ask_option::T)) {
+      run_.set(run_flag::skip_test);
+      return false;
+    }
+    run_.set(run_flag::terminate);
+    stop_ = true;
+    return true;
+  }
+
+  void end_of_statement(const FscRecord& record, std::uint16_t flags) {
+    if ((flags & line_flag::result) != 0) {
+      constexpr std::uint16_t lapsed = test_bit::indicated_text | test_bit::corrected;
+      run_.test.test_state &= static_cast<std::uint16_t>(~lapsed);
+    }
+    step(LoopStep::quantity_memory, record);
+    step(LoopStep::parameters_done, record);
+    // A set-up line keeps its quantities for the test line behind it.
+    if (run_.slots.any && !(record.has_class(code_class::instrument) && is_setup_line(record)))
+      release_quantities(run_);
+  }
+
+  void next_line() {
+    ProcNode* node = procedure_->current;
+    if (run_.has(run_flag::terminate | run_flag::end_seen)) {
+      run_.clear(run_flag::end_seen);
+      stop_ = true;
+    } else if (procedure_->has(procedure_flag::placed)) {
+      procedure_->clear(procedure_flag::placed);
+    } else if (node != nullptr && node->record->has_class(code_class::branching) &&
+               run_.has(run_flag::branch_taken)) {
+      procedure_->current = procedure_->branch_target(*node);
+    } else if (node != nullptr) {
+      procedure_->current = node->next;
+    }
+  }
+
+  static constexpr unsigned quick_statements_per_poll = 64;
+
+  RunState& run_;
+  Procedure*& procedure_;
+  const std::array<Hook, static_cast<std::size_t>(LoopStep::count)>& hooks_;
+  bool trace_ = false;
+  bool stop_ = false;
+  unsigned quick_polls_ = 0;
+};
+
+}  // namespace
+
+void loop_install(std::span<const LoopHookRow> rows) {
+  for (const LoopHookRow& row : rows) hooks()[static_cast<std::size_t>(row.step)] = row.hook;
+}
+
+void run_procedure(RunState& run, Procedure*& procedure) { Loop(run, procedure).run(); }
+
+}  // namespace orvane

@@ -1,0 +1,176 @@
+#include "procedure/run/post_test.h"
+
+#include "evaluation/decision.h"
+#include "evaluation/memc.h"
+#include "evaluation/result_lines.h"
+#include "evaluation/result_log.h"
+#include "evaluation/tolerance.h"
+#include "platform/platform.h"
+#include "procedure/file/procedure.h"
+#include "procedure/run/call.h"
+#include "procedure/run/test_dialog.h"
+#include "settings/vset.h"
+#include "state/fsc.h"
+#include "state/pump.h"
+#include "state/report.h"
+
+namespace orvane {
+namespace {
+
+StandbyHook standby_hook = nullptr;
+
+constexpr std::uint32_t standby_letters = ask_option::R | ask_option::N | ask_option::W | ask_option::Q;
+
+// Which message says why a statement was stopped, by the bit of the stop reason.
+struct ReasonRow {
+  std::uint16_t bit;
+  int message;
+};
+constexpr ReasonRow reason_rows[] = {
+    {stop_reason_bit::srq_unserved, 5023},
+    {stop_reason_bit::srq_stuck, 5024},
+    {stop_reason_bit::floating_point, 5026},
+    {stop_reason_bit::other, 5025},
+};
+constexpr int plain_stop_message = 5021;
+constexpr int skip_message = 5022;
+
+class PostTest {
+ public:
+  PostTest(RunState& run, Procedure& procedure)
+      : run_(run), procedure_(procedure), record_(*procedure.current->record) {}
+
+  bool finish() {
+    run_.decision = DecisionBlock();
+    stopped_ = run_.stopped();
+    evaluated_ = record_.has_flag(line_flag::result) && !stopped_;
+    if (stopped_) vset_test_done(run_);
+    if (evaluated_ && !judge()) return false;
+    show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, percent_)) || run_.asks(ask_option::A);
+    const bool standby_needed = show_ || run_.asks(standby_letters);
+    if (standby_needed && !standby(1)) return false;
+    if (evaluated_) {
+      publish();
+    } else if (stopped_) {
+      note_stop();
+    }
+    const bool ok = decide();
+    if (standby_needed) run_.uut_settings.clear();
+    return ok;
+  }
+
+ private:
+  bool failed() const { return (run_.test.test_state & test_bit::failed) != 0; }
+
+  // Tolerance and percent of tolerance. A result that is no number never becomes a decision.
+  bool judge() {
+    if (!settle_tolerance(run_, record_, reference_)) return stop_as_statement();
+    if (percent_of_tolerance(run_.test, percent_)) return true;
+    run_.set(run_flag::terminate);
+    run_.stop_reason |= stop_reason_bit::floating_point;
+    return run_error(run_, 4703);
+  }
+
+  // A tolerance that cannot be settled is a failure of the statement: it goes to the stop dialog.
+  bool stop_as_statement() {
+    run_.set(run_flag::stop_test);
+    stopped_ = true;
+    evaluated_ = false;
+    vset_test_done(run_);
+    return true;
+  }
+
+  // `occasion`: 1 before the dialog, 2 after it.
+  bool standby(int occasion) {
+    pump_messages();
+    int request = standby_request::all;
+    if (stopped_) request |= standby_request::after_stop;
+    if (standby_hook == nullptr || standby_hook(run_, request)) return true;
+    run_error(run_, 4704, occasion);
+    run_.set(run_flag::terminate);
+    return false;
+  }
+
+  // The result goes to the board, the log and the list; then the settings of this test lapse.
+  void publish() {
+    format_result(run_, record_, percent_, reference_);
+    if (Operator* desk = platform().desk) desk->result(board_line(run_.decision));
+    run_.outcomes.push_back({call_chain(run_, record_.test_major(), record_.test_minor()), failed()});
+    // A log that breaks has said so; the run goes on without it.
+    if (log_test(run_, record_)) static_cast<void>(notes_write(run_, PendingNote::brace | PendingNote::rslt));
+    vset_test_done(run_);
+  }
+
+  void note_stop() {
+    const std::string_view name = fsc_name(fsc_ordinal(record_.code()));
+    if (run_.has(run_flag::stop_test)) {
+      int message = plain_stop_message;
+      for (auto row = std::rbegin(reason_rows); row != std::rend(reason_rows); ++row) {
+        if ((run_.stop_reason & row->bit) != 0) message = row->message;
+      }
+      run_.stop_reason = 0;
+      dialog_.stop_message = msg(message, name);
+      dialog_.stop_colour = result_colour::stopped;
+    } else {
+      dialog_.stop_message = msg(skip_message, name);
+      dialog_.stop_colour = result_colour::skipped;
+    }
+    if (Operator* desk = platform().desk) desk->result_note(dialog_.stop_message, dialog_.stop_colour);
+  }
+
+  bool decide() {
+    dialog_.stopped = stopped_;
+    dialog_.adjustment_called = evaluated_ && calls_for_adjustment(run_, record_, percent_);
+    TestDecision decision{answer::test_continue, false};
+    run_.clear(run_flag::skip_test | run_flag::stop_test);
+    if (show_) decision = pt_dialog(run_, procedure_, dialog_);
+    const bool ok = obey(decision);
+    run_.clear(run_flag::skip_test);
+    return (!show_ || standby(2)) && ok;
+  }
+
+  bool obey(const TestDecision& decision) {
+    switch (decision.code) {
+      case answer::failed: run_.set(run_flag::stop_test); break;
+      case answer::test_continue:
+        if (!decision.placed && (run_.asks(ask_option::J) || !dialog_.adjustment_called))
+          skip_adjustment(procedure_);
+        break;
+      case answer::test_cancel: return withdraw();
+      case answer::test_repeat: repeat_test(run_, procedure_); break;
+      case answer::test_term: run_.set(run_flag::terminate); break;
+      default: break;  // Adjust: the block behind the test runs
+    }
+    return true;
+  }
+
+  // Cancel: the result is taken back, then the test runs again.
+  bool withdraw() {
+    static_cast<void>(log_line(run_, record_.test_major(), record_.test_minor(), log_letter::cancelled, ""));
+    if (run_.outcomes.empty()) return errp(503);
+    run_.outcomes.pop_back();
+    repeat_test(run_, procedure_);
+    return true;
+  }
+
+  RunState& run_;
+  Procedure& procedure_;
+  const FscRecord& record_;
+  TestDialog dialog_;
+  double percent_ = 0;
+  double reference_ = 0;
+  bool stopped_ = false;
+  bool evaluated_ = false;
+  bool show_ = false;
+};
+
+}  // namespace
+
+void post_test_install_standby(StandbyHook hook) { standby_hook = hook; }
+
+bool post_test(RunState& run, Procedure*& procedure, bool& reset_samples) {
+  reset_samples = false;
+  return PostTest(run, *procedure).finish();
+}
+
+}  // namespace orvane

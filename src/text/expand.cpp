@@ -1,0 +1,234 @@
+#include "text/expand.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "config/startup_config.h"
+#include "state/fsc.h"
+#include "state/report.h"
+#include "values/numbers.h"
+
+namespace orvane {
+namespace {
+
+constexpr int register_digits = 12;  // significant digits of an inserted register
+
+char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+bool is_letter(char c) { return upper(c) >= 'A' && upper(c) <= 'Z'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+std::string_view name_of(const FscRecord& record) { return fsc_name(fsc_ordinal(record.code())); }
+
+// An element taken apart: its letters in capitals (with "$" and "!" behind them, or "@" alone) and what follows.
+struct Element {
+  std::string word;
+  std::string_view argument;
+};
+
+Element take_apart(std::string_view content) {
+  Element element;
+  content = trim_blanks(content);
+  std::size_t i = 0;
+  if (content.starts_with('@')) {
+    element.word = "@";
+    i = 1;
+  } else {
+    while (i < content.size() && is_letter(content[i])) element.word += upper(content[i++]);
+    while (i < content.size() && i > 0 && (content[i] == '$' || content[i] == '!'))
+      element.word += content[i++];
+  }
+  element.argument = trim_blanks(content.substr(i));
+  return element;
+}
+
+void insert_number(std::string& out, double value) {
+  char text[general_limit];
+  out.append(text, print_general(value, register_digits, text));
+}
+
+bool insert_mem(RunState& run, std::string_view argument, std::string& out) {
+  const RegisterFile& registers = run.registers;
+  if (argument.empty()) {
+    insert_number(out, registers.mem);
+  } else if (argument == "1") {
+    insert_number(out, registers.mem1());
+  } else if (argument == "2") {
+    out += registers.mem2;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool insert_m(RunState& run, std::string_view argument, std::string& out) {
+  const auto index = element_number(argument, 1, RegisterFile::m_limit);
+  if (index) insert_number(out, run.registers.m[*index]);
+  return index.has_value();
+}
+
+bool insert_l(RunState& run, std::string_view argument, std::string& out) {
+  const auto index = element_number(argument, 1, RegisterFile::l_limit);
+  if (index) insert_number(out, run.registers.l[*index]);
+  return index.has_value();
+}
+
+bool insert_byte(RunState&, std::string_view argument, std::string& out) {
+  const auto value = element_number(argument, 0, 255);
+  if (value) out += static_cast<char>(static_cast<unsigned char>(*value));
+  return value.has_value();
+}
+
+std::optional<int> hex_digit(char c) {
+  if (is_digit(c)) return c - '0';
+  const char letter = upper(c);
+  if (letter >= 'A' && letter <= 'F') return letter - 'A' + 10;
+  return std::nullopt;
+}
+
+// Pairs of digits, blanks between the pairs allowed.
+bool insert_hex(RunState&, std::string_view argument, std::string& out) {
+  std::string bytes;
+  while (!argument.empty()) {
+    if (argument.size() < 2) return false;
+    const auto high = hex_digit(argument[0]);
+    const auto low = hex_digit(argument[1]);
+    if (!high || !low) return false;
+    bytes += static_cast<char>(static_cast<unsigned char>(*high * 16 + *low));
+    argument = trim_blanks(argument.substr(2));
+  }
+  out += bytes;
+  return !bytes.empty();
+}
+
+// Elements that insert, by their word.
+struct InsertRow {
+  std::string_view word;
+  bool (*insert)(RunState& run, std::string_view argument, std::string& out);
+};
+constexpr InsertRow insert_rows[] = {
+    {"MEM", insert_mem}, {"M", insert_m}, {"L", insert_l}, {"", insert_byte}, {"X", insert_hex},
+};
+
+// Hexadecimal digits behind "X" may be letters: they belong to the argument.
+Element element_of(std::string_view content) {
+  Element element = take_apart(content);
+  if (element.word.size() > 1 && element.word[0] == 'X') {
+    const std::string_view trimmed = trim_blanks(content);
+    element = {"X", trim_blanks(trimmed.substr(1))};
+  }
+  return element;
+}
+
+class Expansion {
+ public:
+  Expansion(RunState& run, const FscRecord& record, TextCursor& cursor,
+            std::span<const ElementAction> actions, std::string& out)
+      : run_(run), record_(record), cursor_(cursor), actions_(actions), out_(out) {}
+
+  bool work() {
+    out_.clear();
+    while (!cursor_.done() && !stopped_at_action_) {
+      const char c = cursor_.text[cursor_.at];
+      bool ok = true;
+      if (c == '[') {
+        ok = element(out_, true);
+      } else if (c == '{') {
+        ok = braces();
+      } else {
+        out_ += c;
+        ++cursor_.at;
+      }
+      if (!ok) return false;
+      if (out_.size() > expansion_limit) return run_error(run_, 1901, name_of(record_), expansion_limit);
+    }
+    return true;
+  }
+
+ private:
+  bool refuse(std::string_view content) { return run_error(run_, 30401, content, name_of(record_)); }
+
+  // The content of the element at the cursor, which is moved behind it. False after a report.
+  bool content(std::string_view& inside, std::size_t& behind) {
+    const std::size_t end = cursor_.text.find(']', cursor_.at);
+    if (end == std::string_view::npos) return run_error(run_, 30400, cursor_.text.substr(cursor_.at));
+    inside = cursor_.text.substr(cursor_.at + 1, end - cursor_.at - 1);
+    behind = end + 1;
+    return true;
+  }
+
+  bool element(std::string& out, bool may_act) {
+    std::string_view inside;
+    std::size_t behind = 0;
+    if (!content(inside, behind)) return false;
+    const Element found = element_of(inside);
+    for (const InsertRow& row : insert_rows) {
+      if (row.word != found.word) continue;
+      cursor_.at = behind;
+      return row.insert(run_, found.argument, out) || refuse(inside);
+    }
+    for (const ElementAction& action : actions_) {
+      if (action.word != found.word || !may_act) continue;
+      if (!out.empty()) {
+        stopped_at_action_ = true;
+        return true;
+      }
+      cursor_.at = behind;
+      return action.act(run_, record_, found.argument);
+    }
+    return run_error(run_, 1935, name_of(record_), inside);
+  }
+
+  // Text in braces is noted for the results of this test. "BraceEval" says whether elements in it are replaced,
+  // "BraceEmpty" whether an empty pair counts.
+  bool braces() {
+    std::string kept;
+    ++cursor_.at;
+    while (!cursor_.done() && cursor_.text[cursor_.at] != '}') {
+      if (cursor_.text[cursor_.at] == '[' && startup_config().BraceEval != 0) {
+        if (!element(kept, false)) return false;
+      } else {
+        kept += cursor_.text[cursor_.at++];
+      }
+    }
+    if (cursor_.done()) return run_error(run_, 30402, cursor_.text);
+    ++cursor_.at;
+    if (kept.empty() && startup_config().BraceEmpty == 0) return true;
+    // A text longer than a note holds becomes several.
+    std::string_view rest = kept;
+    do {
+      run_.log.notes.push_back({PendingNote::brace, record_.test_major(), record_.test_minor(),
+                                std::string(rest.substr(0, PendingNote::text_limit))});
+      rest.remove_prefix(std::min(rest.size(), PendingNote::text_limit));
+    } while (!rest.empty());
+    return true;
+  }
+
+  RunState& run_;
+  const FscRecord& record_;
+  TextCursor& cursor_;
+  std::span<const ElementAction> actions_;
+  std::string& out_;
+  bool stopped_at_action_ = false;
+};
+
+}  // namespace
+
+bool expand(RunState& run, const FscRecord& record, TextCursor& cursor,
+            std::span<const ElementAction> actions, std::string& out) {
+  return Expansion(run, record, cursor, actions, out).work();
+}
+
+bool expand_text(RunState& run, const FscRecord& record, std::string_view text, std::string& out) {
+  TextCursor cursor{text, 0};
+  return expand(run, record, cursor, {}, out);
+}
+
+std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high) {
+  std::uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  if (value < low || value > high) return std::nullopt;
+  return value;
+}
+
+}  // namespace orvane

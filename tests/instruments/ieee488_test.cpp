@@ -1,0 +1,257 @@
+#include "instruments/ieee488.h"
+
+#include "config/startup_config.h"
+#include "instruments/bus_statements.h"
+#include "instruments/gpib_driver.h"
+#include "procedure/pipeline/run_test.h"
+#include "state/pump.h"
+#include "support/procedures.h"
+
+namespace orvane {
+namespace {
+
+// A driver that writes down its calls and answers from a script.
+struct Script {
+  std::vector<std::string> calls;
+  std::vector<std::string> replies;  // one for each read; with "..." behind it END is not set
+  std::size_t next_reply = 0;
+  short status_byte = 0;
+  int fail_call = -1;  // the call with this index fails
+  int iberr_then = 6;
+  int ibsta = 0, iberr = 0;
+  long ibcntl = 0;
+};
+Script script;
+int sta_word, err_word;
+long cnt_word;
+
+bool note(const std::string& call) {
+  script.calls.push_back(call);
+  const bool fails = static_cast<int>(script.calls.size()) - 1 == script.fail_call;
+  sta_word = fails ? gpib_status::error : 0;
+  err_word = fails ? script.iberr_then : 0;
+  cnt_word = 0;
+  return !fails;
+}
+
+std::string bytes(const void* data, long count) {
+  return {static_cast<const char*>(data), static_cast<std::size_t>(count)};
+}
+
+void give(void* data, long count) {
+  if (script.next_reply >= script.replies.size()) return;
+  std::string reply = script.replies[script.next_reply++];
+  const bool more = reply.ends_with("...");
+  if (more) reply.resize(reply.size() - 3);
+  cnt_word = std::min<long>(count, static_cast<long>(reply.size()));
+  reply.copy(static_cast<char*>(data), static_cast<std::size_t>(cnt_word));
+  if (!more) sta_word |= gpib_status::end;
+}
+
+const GpibDriver& driver() {
+  static const GpibDriver table = [] {
+    GpibDriver d;
+    d.ibonl = [](int b, int on) {
+      note("onl " + std::to_string(b) + "," + std::to_string(on));
+      return sta_word;
+    };
+    d.ibtmo = [](int b, int code) {
+      note("tmo " + std::to_string(b) + "," + std::to_string(code));
+      return sta_word;
+    };
+    d.ibconfig = [](int b, int option, int value) {
+      note("config " + std::to_string(b) + "," + std::to_string(option) + "=" + std::to_string(value));
+      return sta_word;
+    };
+    d.Send = [](int b, GpibAddress a, const void* data, long count, int end) {
+      note("send " + std::to_string(b) + "," + std::to_string(a) + "," + std::to_string(end) + " " +
+           bytes(data, count));
+    };
+    d.SendDataBytes = [](int, const void* data, long count, int end) {
+      note("data " + std::to_string(end) + " " + bytes(data, count));
+    };
+    d.Receive = [](int b, GpibAddress a, void* data, long count, int stop) {
+      if (note("receive " + std::to_string(b) + "," + std::to_string(a) + "," + std::to_string(stop)))
+        give(data, count);
+    };
+    d.RcvRespMsg = [](int b, void* data, long count, int stop) {
+      if (note("more " + std::to_string(b) + "," + std::to_string(stop))) give(data, count);
+    };
+    d.DevClear = [](int b, GpibAddress a) { note("clear " + std::to_string(b) + "," + std::to_string(a)); };
+    d.ReadStatusByte = [](int b, GpibAddress a, short* status) {
+      note("poll " + std::to_string(b) + "," + std::to_string(a));
+      *status = script.status_byte;
+    };
+    d.SendIFC = [](int b) { note("ifc " + std::to_string(b)); };
+    d.ibsta = &sta_word;
+    d.iberr = &err_word;
+    d.ibcntl = &cnt_word;
+    return d;
+  }();
+  return table;
+}
+
+class Bus : public test::RunTest {
+ protected:
+  Bus() {
+    script = Script();
+    set_gpib_driver(&driver());
+    run.demo_mode = false;
+    startup_config().ib_nport = 1;
+    startup_config().ib_type = 15;
+  }
+  ~Bus() override { set_gpib_driver(nullptr); }
+
+  // Runs one IEEE statement; the calls of the driver that belong to it, behind the start and before the end of the run.
+  std::vector<std::string> ieee(const std::string& text) {
+    script.calls.clear();
+    desk.shown.clear();
+    desk.reply(answer::test_continue);
+    procedure("Bus", {"IEEE " + text, "END"});
+    go("Bus");
+    std::vector<std::string> own;
+    for (const std::string& call : script.calls) {
+      if (!call.starts_with("ifc") && !call.starts_with("config") && !call.starts_with("onl") &&
+          call != "tmo 0,11")
+        own.push_back(call);
+    }
+    return own;
+  }
+  using Calls = std::vector<std::string>;
+};
+
+TEST(BusTimeout, TakesTheSmallestStandardValue) {
+  struct Case {
+    std::uint32_t milliseconds;
+    int code;
+  };
+  for (const Case& c : {Case{0, 0}, Case{1, 5}, Case{3, 6}, Case{4, 7}, Case{10, 7}, Case{300, 10},
+                        Case{301, 11}, Case{500, 11}, Case{1000, 11}, Case{15000, 14}, Case{300000, 16},
+                        Case{300001, 17}, Case{4000000000U, 17}})
+    EXPECT_EQ(ib_timeout_code(c.milliseconds), c.code) << c.milliseconds;
+}
+
+TEST(BusReply, TheFirstNumberOfAReply) {
+  struct Case {
+    const char* reply;
+    double value;
+  };
+  for (const Case& c :
+       {Case{"DC  -1.5E-3 V", -0.0015}, Case{"OVLD", 0}, Case{"+ 12", 12}, Case{"-  .5", -0.5},
+        Case{"NDCV+1.0E0", 1}, Case{"", 0}, Case{"- -5", 0}, Case{"x1e", 1}})
+    EXPECT_EQ(number_in_reply(c.reply), c.value) << c.reply;
+}
+
+TEST_F(Bus, TheBoardIsConfiguredOnceAndClearedForEachRun) {
+  procedure("Bus", {"END"});
+  go("Bus");
+  const Calls first = script.calls;
+  EXPECT_EQ(std::count(first.begin(), first.end(), "ifc 0"), 2);  // start and end
+  script.calls.clear();
+  go("Bus");
+  EXPECT_EQ(script.calls, (Calls{"ifc 0", "tmo 0,11", "ifc 0"}));
+}
+
+TEST_F(Bus, TextsAndActionsGoOutInTheirOrder) {
+  run.registers.m[1] = 2.5;
+  EXPECT_EQ(ieee("[@22]A[D 100]B[M1]"),
+            (Calls{"tmo 0,14", "send 0,22,2 A", "send 0,22,2 B0"}));  // registers start at 0
+  EXPECT_EQ(clock.slept, 100u);
+  EXPECT_EQ(ieee("[@22:5]X"),
+            (Calls{"tmo 0,14", "send 0," + std::to_string((5 + 0x60) * 256 + 22) + ",2 X"}));
+  EXPECT_EQ(ieee("[@7][T 3000]X"), (Calls{"tmo 0,12", "send 0,7,2 X"}));
+}
+
+TEST_F(Bus, RepliesLandInTheRegisters) {
+  script.replies = {"DCV -1.5E-3 V\r\n"};
+  EXPECT_EQ(ieee("[@22]READ?[I]"), (Calls{"tmo 0,14", "send 0,22,2 READ?", "receive 0,22,256"}));
+  EXPECT_EQ(mem(), -0.0015);
+
+  script.next_reply = 0;
+  script.replies = {"ABC...", "DEF\r\nmore"};
+  EXPECT_EQ(ieee("[@22][I$]"), (Calls{"tmo 0,14", "receive 0,22,256", "more 0,256"}));
+  EXPECT_EQ(run.registers.mem2, "ABCDEF");
+
+  script.status_byte = 0xF3;
+  EXPECT_EQ(ieee("[@22][SPL 64]"), (Calls{"tmo 0,14", "poll 0,22"}));
+  EXPECT_EQ(mem(), 64);
+  ieee("[@22][SPL]");
+  EXPECT_EQ(mem(), 0xF3);
+}
+
+TEST_F(Bus, RepliesThatAreTooLongOrEmpty) {
+  script.replies = {std::string(4096, 'x') + "...", "y"};
+  ieee("[@22][I$]");
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{1902});
+  EXPECT_EQ(run.registers.mem2, "");
+  script.replies = {};
+  ieee("[@22][I]");
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{30412});
+}
+
+TEST_F(Bus, EveryFailureOfTheDriverHasItsNumber) {
+  struct Case {
+    int iberr, message;
+  };
+  for (const Case& c : {Case{0, 2740}, Case{2, 2742}, Case{6, 2746}, Case{8, 2748}, Case{10, 2749},
+                        Case{20, 2755}, Case{9, 2756}, Case{99, 2756}}) {
+    script.iberr_then = c.iberr;
+    script.fail_call = 3;  // behind IFC and the time-outs of the run and the statement
+    ieee("[@22]X");
+    EXPECT_EQ(desk.message_numbers(), std::vector<int>{c.message});
+  }
+}
+
+TEST_F(Bus, AddressesOutOfRangeAreRefused) {
+  struct Case {
+    const char* text;
+    int message;
+  };
+  for (const Case& c :
+       {Case{"[@31]", 1904}, Case{"[@131]", 1903}, Case{"[@22:31]", 1905}, Case{"[@122]", 30413},
+        Case{"[@meter]", 2929}, Case{"[@]", 1903}, Case{"[@22][D 3600001]", 30401}, Case{"[@22][T x]", 30401},
+        Case{"[@22][SPL 256]", 30401}, Case{"[@22][TRIG]", 1935}}) {
+    ieee(c.text);
+    EXPECT_EQ(desk.message_numbers(), std::vector<int>{c.message}) << c.text;
+  }
+}
+
+TEST_F(Bus, TheOperatorIsAskedForAMissingAddress) {
+  desk.reply(answer::ok, "40");
+  desk.reply(answer::ok, "12");
+  EXPECT_EQ(ieee("X"), (Calls{"tmo 0,14", "send 0,12,2 X"}));
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{1904});
+}
+
+TEST_F(Bus, DemonstrationModeTouchesNothingAndAsksForReplies) {
+  run.demo_mode = true;
+  desk.reply(answer::ok, "5.5 V");
+  EXPECT_TRUE(ieee("[@22]A[I]").empty());
+  EXPECT_TRUE(script.calls.empty());
+  EXPECT_EQ(mem(), 5.5);
+}
+
+TEST_F(Bus, AMissingDriverIsOneClearError) {
+  set_gpib_driver(nullptr);
+  startup_config().ib_driver = "no-such-driver.so";
+  procedure("Bus", {"END"});
+  EXPECT_EQ(go("Bus"), run_result::failed);
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{30410});
+  EXPECT_NE(desk.last_message().find("no-such-driver.so"), std::string::npos);
+}
+
+TEST_F(Bus, TheSimulatedBenchAnswersThroughTheLibrary) {
+  set_gpib_driver(nullptr);
+  startup_config().ib_driver = ORVANE_BINARY_DIR "/bin/libgpibsim.so";
+  const std::string bench = write("bench.txt", "[22] HP3458A\nDCV.input = 10 : 9.5\n");
+  ASSERT_EQ(setenv("ORVANE_BENCH", bench.c_str(), 1), 0);
+  procedure("Bus", {"IEEE [@22]END ALWAYS;DCV 10;TRIG SGL[SPL 128]", "MATH M[1]=MEM", "IEEE [I]",
+                    "MATH M[2]=MEM", "IEEE ID?[I$]", "END"});
+  EXPECT_EQ(go("Bus"), run_result::finished);
+  EXPECT_EQ(m(1), 128);
+  EXPECT_NEAR(m(2), 9.5, 1e-9);
+  EXPECT_EQ(run.registers.mem2, "HP3458A");
+}
+
+}  // namespace
+}  // namespace orvane

@@ -1,0 +1,33 @@
+// Whole runs of procedures that are written as source text, in a laboratory of the test's own.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/desk.h"
+
+namespace orvane::test {
+
+class RunTest : public EngineTest {
+ protected:
+  RunTest();
+
+  /// Compiles statement lines ("FSC TEXT", see line()) behind a standard header and adds the procedure.
+  void procedure(const std::string& name, const std::vector<std::string>& lines);
+  /// Compiles a whole source text and adds the procedure.
+  void source(const std::string& text);
+  /// Runs a procedure; what run_test() returns.
+  int go(const std::string& name);
+
+  /// A source line: test number, FSC at its column, text at column 22.
+  static std::string line(int test, int step, std::string_view fsc, std::string_view text);
+
+  double mem() const { return run.registers.mem; }
+  double m(std::size_t index) const { return run.registers.m[index]; }
+};
+
+/// The standard header of a test procedure.
+std::string header(const std::string& name);
+
+}  // namespace orvane::test
