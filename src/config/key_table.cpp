@@ -91,18 +91,19 @@ bool parse_tdesc_symbol(std::string_view value, Config& config) {
 // ---- Rows ----
 
 constexpr KeyRow text(std::string_view name, int flags, std::string Config::*target) {
-  return {.name = name, .flags = static_cast<std::uint8_t>(flags), .spec = {}, .text = target};
+  return {.name = name, .flags = static_cast<std::uint8_t>(flags), .grammar = {}, .text = target};
 }
-constexpr KeyRow real(std::string_view name, std::uint8_t flags, std::string_view spec,
+constexpr KeyRow real(std::string_view name, std::uint8_t flags, std::string_view grammar,
                       double Config::*target) {
-  return {.name = name, .flags = flags, .spec = spec, .real = target};
+  return {.name = name, .flags = flags, .grammar = grammar, .real = target};
 }
-constexpr KeyRow word(std::string_view name, std::uint8_t flags, std::string_view spec,
+constexpr KeyRow word(std::string_view name, std::uint8_t flags, std::string_view grammar,
                       std::int16_t Config::*target) {
-  return {.name = name, .flags = flags, .spec = spec, .word = target};
+  return {.name = name, .flags = flags, .grammar = grammar, .word = target};
 }
-constexpr KeyRow special(std::string_view name, std::uint8_t flags, std::string_view spec, KeyParser parser) {
-  return {.name = name, .flags = flags, .spec = spec, .parser = parser};
+constexpr KeyRow special(std::string_view name, std::uint8_t flags, std::string_view grammar,
+                         KeyParser parser) {
+  return {.name = name, .flags = flags, .grammar = grammar, .parser = parser};
 }
 
 // clang-format off

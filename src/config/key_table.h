@@ -20,12 +20,12 @@ constexpr std::uint8_t library = 0x08;  // a path if it holds a separator, else 
 /// Stores a value in the block; false if it is none.
 using KeyParser = bool (*)(std::string_view value, StartupConfig& config);
 
-/// One of the four targets is set. `spec` is the value grammar of a number (config/value_grammar.h); with a
+/// One of the four targets is set. `grammar` is the value grammar of a number (config/value_grammar.h); with a
 /// parser it tells in words what the parser takes.
 struct KeyRow {
   std::string_view name;
   std::uint8_t flags;
-  std::string_view spec;
+  std::string_view grammar;
   std::string StartupConfig::*text = nullptr;
   double StartupConfig::*real = nullptr;
   std::int16_t StartupConfig::*word = nullptr;

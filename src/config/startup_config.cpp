@@ -67,7 +67,7 @@ bool store_value(const KeyRow& row, std::string_view value, StartupConfig& confi
     return true;
   }
   const NumberForm form = row.real != nullptr ? NumberForm::real : NumberForm::short_integer;
-  const std::optional<double> number = value_by_spec(row.spec, value, form);
+  const std::optional<double> number = value_by_grammar(row.grammar, value, form);
   if (!number) return false;
   if (row.real != nullptr) {
     config.*row.real = *number;
@@ -123,7 +123,7 @@ void take_line(Reading& reading, std::string_view line, int number) {
   state.line = number;
   state.typed = cp1252_from_either(value);
   if (!store_value(row, value, reading.into.config))
-    reading.fault(505, msg(505, reading.file, number, state.typed, row.name, row.spec));
+    reading.fault(505, msg(505, reading.file, number, state.typed, row.name, row.grammar));
 }
 
 void take_text(Reading& reading, std::string_view text) {

@@ -68,13 +68,13 @@ bool fits_range(std::string_view range, double x) {
 
 }  // namespace
 
-std::optional<double> value_by_spec(std::string_view spec, std::string_view text, NumberForm form) {
+std::optional<double> value_by_grammar(std::string_view grammar, std::string_view text, NumberForm form) {
   const std::optional<double> number =
       form == NumberForm::real ? real_number(text) : std::optional<double>(short_number(text));
-  while (!spec.empty()) {
-    const std::size_t comma = std::min(spec.find(','), spec.size());
-    const std::string_view alternative = trim(spec.substr(0, comma));
-    spec.remove_prefix(std::min(comma + 1, spec.size()));
+  while (!grammar.empty()) {
+    const std::size_t comma = std::min(grammar.find(','), grammar.size());
+    const std::string_view alternative = trim(grammar.substr(0, comma));
+    grammar.remove_prefix(std::min(comma + 1, grammar.size()));
     const std::size_t colon = alternative.rfind(':');
     if (colon != std::string_view::npos) {
       if (same_word(text, alternative.substr(0, colon))) return real_number(alternative.substr(colon + 1));

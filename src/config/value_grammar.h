@@ -1,4 +1,4 @@
-// The grammar of configured values. A spec is a list of alternatives between commas, tried in order:
+// The grammar of configured values. A grammar is a list of alternatives between commas, tried in order:
 //
 //   TOKEN:VALUE          the word, in any case, stands for the value
 //   LOW-HIGH             a number of this range, both ends included ("-1-100" is -1 to 100)
@@ -16,7 +16,7 @@ namespace orvane {
 enum class NumberForm { real, short_integer };
 
 /// The value that the first fitting alternative gives; nothing if none fits.
-std::optional<double> value_by_spec(std::string_view spec, std::string_view text, NumberForm form);
+std::optional<double> value_by_grammar(std::string_view grammar, std::string_view text, NumberForm form);
 
 /// The whole text as a number: digits with an optional sign, point and exponent.
 std::optional<double> real_number(std::string_view text);

@@ -249,5 +249,27 @@ TEST_F(Configuration, KeysWithParsersOfTheirOwn) {
   }
 }
 
+// docs/formats.md names every key with its need, its grammar and its default as the table has them.
+TEST_F(Configuration, TheDocumentAgreesWithTheTable) {
+  const std::string document = contents(ORVANE_SOURCE_DIR "/docs/formats.md");
+  (void)load("");
+  for (const KeyRow& row : config_keys()) {
+    std::string line =
+        "| `" + std::string(row.name) + "` | " + (row.has(key_flag::optional) ? "" : "yes") + " | ";
+    if (row.real != nullptr || row.word != nullptr) {
+      const bool yes_no = row.grammar.starts_with("YES:1, 1:1"),
+                 confidence = row.grammar.starts_with("1sigma");
+      line += yes_no ? "yes/no" : confidence ? "confidence" : "`" + std::string(row.grammar) + "`";
+      line += " | " + value(row.name).text + " | ";
+    } else if (row.text != nullptr) {
+      line += row.has(key_flag::path) ? "path" : row.has(key_flag::library) ? "name or path" : "text";
+      line += row.has(key_flag::none_unsets) ? ", `none` |" : " |";
+    } else {
+      line += std::string(row.grammar) + " |";
+    }
+    EXPECT_NE(document.find(line), std::string::npos) << line;
+  }
+}
+
 }  // namespace
 }  // namespace orvane

@@ -11,7 +11,7 @@ constexpr double none = -99999;
 
 TEST(ValueGrammar, AlternativesInOrder) {
   struct Case {
-    const char *spec, *text;
+    const char *grammar, *text;
     double real, integer;  // what each form takes; none for nothing
   };
   const Case cases[] = {
@@ -59,23 +59,23 @@ TEST(ValueGrammar, AlternativesInOrder) {
       {"0-100", "1e", none, none},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ(value_by_spec(c.spec, c.text, NumberForm::real).value_or(none), c.real)
-        << c.spec << " | " << c.text;
-    EXPECT_EQ(value_by_spec(c.spec, c.text, NumberForm::short_integer).value_or(none), c.integer)
-        << c.spec << " | " << c.text;
+    EXPECT_EQ(value_by_grammar(c.grammar, c.text, NumberForm::real).value_or(none), c.real)
+        << c.grammar << " | " << c.text;
+    EXPECT_EQ(value_by_grammar(c.grammar, c.text, NumberForm::short_integer).value_or(none), c.integer)
+        << c.grammar << " | " << c.text;
   }
 }
 
-// Each alternative of each row of the key table takes what it says itself: a typing error in a spec shows
+// Each alternative of each row of the key table takes what it says itself: a typing error in a grammar shows
 // here.
-TEST(ValueGrammar, EverySpecOfTheKeyTableIsSound) {
+TEST(ValueGrammar, EveryGrammarOfTheKeyTableIsSound) {
   for (const KeyRow& row : config_keys()) {
     EXPECT_EQ((row.text != nullptr) + (row.real != nullptr) + (row.word != nullptr) + (row.parser != nullptr),
               1)
         << row.name;
     if (row.real == nullptr && row.word == nullptr) continue;
     const NumberForm form = row.real != nullptr ? NumberForm::real : NumberForm::short_integer;
-    std::string_view rest = row.spec;
+    std::string_view rest = row.grammar;
     ASSERT_FALSE(rest.empty()) << row.name;
     while (!rest.empty()) {
       const std::size_t comma = std::min(rest.find(','), rest.size());
@@ -88,7 +88,7 @@ TEST(ValueGrammar, EverySpecOfTheKeyTableIsSound) {
           first.find_first_of("eE") > dash)
         first = first.substr(0, dash);
       if (first.find("E-20") != std::string::npos) first = "1E-20";
-      EXPECT_TRUE(value_by_spec(row.spec, first, form).has_value()) << row.name << ": " << first;
+      EXPECT_TRUE(value_by_grammar(row.grammar, first, form).has_value()) << row.name << ": " << first;
     }
   }
 }
