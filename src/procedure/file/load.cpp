@@ -18,9 +18,11 @@ namespace {
 /// Records as they came from the file, one behind the other.
 struct RecordBlock {
   std::unique_ptr<std::byte[]> bytes;
-  std::size_t count = 0;  // whole records that were there
+  std::size_t count = 0;    // whole records that were there
+  std::uint64_t begin = 0;  // offset of the first one in the file
 
   std::byte* record(std::size_t index) const { return bytes.get() + index * FscRecord::size; }
+  std::uint64_t offset(std::size_t index) const { return begin + index * FscRecord::size; }
   std::uint16_t code(std::size_t index) const {
     std::uint16_t code;
     std::memcpy(&code, record(index), sizeof code);
@@ -45,6 +47,8 @@ class Load {
     if (!ok) procedure_clear_nodes(procedure_);
     return ok;
   }
+  /// Where in the file a failure was met.
+  std::uint64_t fault_offset() const { return fault_offset_.value_or(position_); }
 
  private:
   bool read() {
@@ -68,18 +72,25 @@ class Load {
     HeaderBytes bytes{};
     if (!read_exactly(bytes.data(), FileHeader::lead_size)) return errp(406, path_);
     // A wrong length says more than the file's early end.
+    fault_offset_ = 0;
     if (bytes[1] != FileHeader::rest_size) return errp(404, path_);
-    if (!read_exactly(bytes.data() + FileHeader::lead_size, FileHeader::rest_size)) return errp(406, path_);
+    const bool whole = read_exactly(bytes.data() + FileHeader::lead_size, FileHeader::rest_size);
+    if (!whole) fault_offset_.reset();
+    if (!whole) return errp(406, path_);
     const int fault = header_parse(bytes, header);
     if (fault == 417) return errp(417, path_, header.format_version);
-    return fault == 0 || errp(fault, path_);
+    if (fault != 0) return errp(fault, path_);
+    fault_offset_.reset();
+    return true;
   }
 
   bool read_required(std::uint8_t format_version) {
     std::string bytes(required_size(format_version), '\0');
     if (!read_exactly(bytes.data(), bytes.size())) return errp(406, path_);
     procedure_.required = std::make_unique<RequiredInstruments>();
+    fault_offset_ = FileHeader::size;
     if (!required_parse(bytes, format_version, *procedure_.required)) return errp(30100, path_);
+    fault_offset_.reset();
     procedure_.set(procedure_flag::required);
     return true;
   }
@@ -87,7 +98,9 @@ class Load {
   bool read_main(std::size_t count) {
     RecordBlock block = read_records(count);
     for (std::size_t i = 0; i < block.count; ++i) {
-      if ((block.code(i) & code_class::listing) != 0) return errp(403, path_);
+      if ((block.code(i) & code_class::listing) == 0) continue;
+      fault_offset_ = block.offset(i);
+      return errp(403, path_);
     }
     if (block.count != count) return errp(406, path_);
     make_nodes(block);
@@ -136,7 +149,10 @@ class Load {
 
   bool take_listing(const RecordBlock& block, std::size_t index, ProcNode* before) {
     if (index >= block.count) return errp(406, path_);
-    if ((block.code(index) & code_class::listing) == 0) return errp(403, path_);
+    if ((block.code(index) & code_class::listing) == 0) {
+      fault_offset_ = block.offset(index);
+      return errp(403, path_);
+    }
     ProcNode* node = before != nullptr ? node_insert(procedure_, before, 0) : node_append(procedure_, 0);
     node->record = procedure_.store->record_at(block.record(index));
     show(*node);
@@ -153,8 +169,9 @@ class Load {
   }
 
   bool read_exactly(void* to, std::size_t size) {
-    position_ += size;
-    return file_.read(to, size) == size;
+    const std::size_t came = file_.read(to, size);
+    position_ += came;
+    return came == size;
   }
 
   // Up to `count` records. The header's count is believed only as far as the file is long; a file without a
@@ -162,6 +179,7 @@ class Load {
   RecordBlock read_records(std::size_t count) {
     constexpr std::size_t first_step = 64 * FscRecord::size;
     const std::size_t wanted = count * FscRecord::size;
+    const std::uint64_t begin = position_;
     std::size_t room = std::min(wanted, left_in_file().value_or(first_step));
     std::unique_ptr<std::byte[]> bytes(new std::byte[room]);
     std::size_t got = 0;
@@ -176,7 +194,7 @@ class Load {
       bytes = std::move(moved);
       room = larger;
     }
-    return {std::move(bytes), got / FscRecord::size};
+    return {std::move(bytes), got / FscRecord::size, begin};
   }
 
   std::optional<std::size_t> left_in_file() const {
@@ -190,6 +208,7 @@ class Load {
   bool text_mode_;
   InputFile file_;
   std::uint64_t position_ = 0;
+  std::optional<std::uint64_t> fault_offset_;  // where it is not the position
 };
 
 /// The please-wait window of a load, closed with the object. Null without a desk.
@@ -221,8 +240,12 @@ bool load_procedure(Procedure& procedure, const std::string& directory_path, boo
   return load_procedure_file(procedure, path, text_mode);
 }
 
-bool load_procedure_file(Procedure& procedure, const std::string& path, bool text_mode) {
-  return Load(procedure, path, text_mode).run();
+bool load_procedure_file(Procedure& procedure, const std::string& path, bool text_mode,
+                         std::uint64_t* fault_offset) {
+  Load load(procedure, path, text_mode);
+  const bool ok = load.run();
+  if (!ok && fault_offset != nullptr) *fault_offset = load.fault_offset();
+  return ok;
 }
 
 }  // namespace orvane

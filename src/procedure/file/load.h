@@ -19,8 +19,11 @@ constexpr const char* procedure_extension = "prc";
 /// (401 to 417) and the path, and leaves the procedure empty.
 [[nodiscard]] bool load_procedure(Procedure& procedure, const std::string& directory_path, bool text_mode);
 
-/// Loads this file, without a window and without a change to the procedure's name.
-[[nodiscard]] bool load_procedure_file(Procedure& procedure, const std::string& path, bool text_mode);
+/// Loads this file, without a window and without a change to the procedure's name. After a failure
+/// `fault_offset` is where in the file it was met: the place of the bytes that are wrong, or the end of a file that
+/// ends early.
+[[nodiscard]] bool load_procedure_file(Procedure& procedure, const std::string& path, bool text_mode,
+                                       std::uint64_t* fault_offset = nullptr);
 
 /// Writes the procedure to `path` in the same format, beside and renamed: on failure (407; 416 for more than
 /// 255 listing lines before one record) the old file stays. Sets main_count, listing_count, format_version
