@@ -1,7 +1,5 @@
 #include "procedure/run/dispatch.h"
 
-#include <array>
-
 #include "procedure/file/procedure.h"
 #include "procedure/run/call.h"
 #include "state/fsc.h"
@@ -10,27 +8,14 @@
 namespace orvane {
 namespace {
 
-using DispatchTable = std::array<DispatchEntry, 256>;
-
 Capture capture_of(std::uint16_t code) {
   if (code == fsc::acc) return Capture::acc;
   if (code == fsc::memc || code == fsc::memcx) return Capture::memc;
   return (code & code_class::instrument) != 0 ? Capture::standard : Capture::none;
 }
 
-// Every named statement has an entry, so that the loop captures quantities of those without a handler as well.
-DispatchTable start_table() {
-  DispatchTable table;
-  for (const FscRow& row : fsc_rows()) {
-    DispatchEntry& entry = table[static_cast<std::size_t>(fsc_ordinal(row.code))];
-    entry.code = row.code;
-    entry.capture = capture_of(row.code);
-  }
-  return table;
-}
-
 DispatchTable& table() {
-  static DispatchTable entries = start_table();
+  static DispatchTable entries;
   return entries;
 }
 
@@ -46,28 +31,28 @@ bool call(Statement& s) {
 
 }  // namespace
 
-void dispatch_install(std::span<const HandlerRow> rows) {
-  for (const HandlerRow& row : rows) {
-    DispatchEntry& entry = table()[static_cast<std::size_t>(fsc_ordinal(row.code))];
-    entry.handler = row.handler;
-    entry.code = row.code;
-    entry.pace = row.pace;
-    entry.capture = capture_of(row.code);
-  }
+// Every named statement has an entry, so that the loop captures quantities of those without a handler as well.
+DispatchTable::DispatchTable() : by_ordinal_{} {
+  for (const FscRow& row : fsc_rows()) install({row.code, nullptr});
 }
 
-const DispatchEntry& dispatch_entry(std::uint16_t code) {
-  static const DispatchTable& entries = table();
-  static const DispatchEntry none{};
-  const DispatchEntry& entry = entries[static_cast<std::size_t>(fsc_ordinal(code))];
-  return entry.code == code ? entry : none;
+void DispatchTable::install(const HandlerRow& row) {
+  by_ordinal_[static_cast<std::size_t>(fsc_ordinal(row.code))] = {row.handler, row.code, row.pace, capture_of(row.code)};
+}
+
+const DispatchTable& dispatch_table() { return table(); }
+
+void dispatch_install(std::span<const HandlerRow> rows) {
+  for (const HandlerRow& row : rows) table().install(row);
 }
 
 void dispatch_statement(RunState& run, Procedure*& procedure) {
+  dispatch_statement(run, procedure, table().entry(procedure->current->record->code()));
+}
+
+void dispatch_statement(RunState& run, Procedure*& procedure, const DispatchEntry& entry) {
   ProcNode* node = procedure->current;
-  const FscRecord& record = *node->record;
-  Statement statement{run, record, node, &procedure};
-  const DispatchEntry& entry = dispatch_entry(record.code());
+  Statement statement{run, *node->record, node, &procedure};
   bool ok;
   if (entry.handler == nullptr) [[unlikely]] {
     ok = unknown(statement);

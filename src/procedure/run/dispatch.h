@@ -2,6 +2,7 @@
 // unknown to the Run Time (message 2517).
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "state/statement.h"
@@ -21,10 +22,24 @@ struct DispatchEntry {
 /// Adds handlers. A row replaces the one that its ordinal has. Start-up calls it once for each room's table.
 void dispatch_install(std::span<const HandlerRow> rows);
 
-/// The entry of a code; one without a handler for a code that is unknown.
-const DispatchEntry& dispatch_entry(std::uint16_t code);
+/// All entries by ordinal, and one without a handler for every code that is unknown.
+class DispatchTable {
+ public:
+  DispatchTable();
+  void install(const HandlerRow& row);
+  const DispatchEntry& entry(std::uint16_t code) const {
+    const DispatchEntry& found = by_ordinal_[static_cast<std::size_t>(fsc_ordinal(code))];
+    return found.code == code ? found : none_;
+  }
 
-/// Runs the statement at procedure->current. A failure sets stop_test.
+ private:
+  std::array<DispatchEntry, 256> by_ordinal_;
+  DispatchEntry none_;
+};
+const DispatchTable& dispatch_table();
+
+/// Runs the statement at procedure->current. A failure sets stop_test. The second form is told the entry of its code.
 void dispatch_statement(RunState& run, Procedure*& procedure);
+void dispatch_statement(RunState& run, Procedure*& procedure, const DispatchEntry& entry);
 
 }  // namespace orvane

@@ -33,7 +33,12 @@ constexpr std::uint16_t finished_result = line_flag::result | line_flag::last;
 
 class Loop {
  public:
-  Loop(RunState& run, Procedure*& procedure) : run_(run), procedure_(procedure), hooks_(hooks()) {}
+  Loop(RunState& run, Procedure*& procedure)
+      : run_(run),
+        procedure_(procedure),
+        dispatch_(dispatch_table()),
+        hooks_(hooks()),
+        any_hook_(std::any_of(hooks_.begin(), hooks_.end(), [](Hook hook) { return hook != nullptr; })) {}
 
   void run() {
     trace_ = (debug_flags() & debug_bit::run) != 0;
@@ -70,6 +75,7 @@ class Loop {
   }
 
   void step(LoopStep which, const FscRecord& record) {
+    if (!any_hook_) [[likely]] return;
     const Hook hook = hooks_[static_cast<std::size_t>(which)];
     if (hook != nullptr && !hook(run_, record)) run_.set(run_flag::stop_test);
   }
@@ -112,13 +118,13 @@ class Loop {
   // One executable line: steps in the order that procedures, instruments and results rely on.
   void line(ProcNode& node) {
     const std::uint16_t own_flags = node.record->line_flags();
-    const DispatchEntry& entry = dispatch_entry(node.record->code());
+    const DispatchEntry& entry = dispatch_.entry(node.record->code());
     const Pace pace = entry.pace;
     before(node, *node.record, entry, own_flags);
 
     poll(pace);
     if (!run_.has(run_flag::stop_test)) {
-      dispatch_statement(run_, procedure_);
+      dispatch_statement(run_, procedure_, entry);
       if (procedure_ == nullptr) return;
     } else {
       run_.clear(run_flag::branch_taken);  // a statement that did not run decides nothing
@@ -200,7 +206,9 @@ class Loop {
 
   RunState& run_;
   Procedure*& procedure_;
+  const DispatchTable& dispatch_;
   const std::array<Hook, static_cast<std::size_t>(LoopStep::count)>& hooks_;
+  bool any_hook_;
   bool trace_ = false;
   bool stop_ = false;
   unsigned quick_polls_ = 0;
