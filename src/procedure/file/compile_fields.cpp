@@ -311,8 +311,17 @@ bool read_short_text(SourceLine& line, std::size_t begin, std::size_t end, const
   return line.field(begin, end, name, text) && record.set_text(to, text);
 }
 
+// NOMINAL is taken as text here: a tolerance that begins too far left would lose its first digits to it.
+bool tolerance_in_its_column(SourceLine& line) {
+  const std::string_view text = line.columns(column::nominal, column::tolerance + 1);
+  const std::size_t before = text.rfind(' ');
+  if (text.size() <= column::tolerance - column::nominal || before == std::string_view::npos) return true;
+  return before + 2 == text.size() ||
+         line.refuse(column::nominal + before + 1, "TOLERANCE begins in column 38");
+}
+
 bool read_comparison(SourceLine& line, FscRecord& record) {
-  return read_range(line, field::memc_range, record) &&
+  return read_range(line, field::memc_range, record) && tolerance_in_its_column(line) &&
          read_short_text(line, column::nominal, column::tolerance, "NOMINAL", field::memc_nominal, record) &&
          read_block(line, column::tolerance, column::mod1, "TOLERANCE", tolerance_from_text,
                     field::memc_tolerance, record);

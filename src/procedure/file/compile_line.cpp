@@ -143,6 +143,9 @@ bool read_header_line(SourceLine& line, FscRecord& record, HeaderFacts& facts) {
 
 namespace {
 
+constexpr const char* name_columns =
+    "a statement's name begins in column 10, within an adjustment block in column 17";
+
 /// Where the name of a statement stands.
 struct NamePlace {
   std::size_t begin = 0;  // 0: there is none
@@ -162,8 +165,7 @@ bool read_place(SourceLine& line, NamePlace& place) {
   const std::size_t at = text.find_first_not_of(' ', column::fsc);
   if (at == std::string_view::npos) return line.refuse(column::fsc, "a statement's name is missing");
   place = name_place(text);
-  if (place.begin == 0)
-    return line.refuse(at, "a statement's name begins in column 10, within an adjustment block in column 17");
+  if (place.begin == 0) return line.refuse(at, name_columns);
   line.adjustment = place.begin == column::adjustment_fsc;
   return true;
 }
@@ -181,12 +183,15 @@ bool read_line_test_number(SourceLine& line, FscRecord& record) {
   const std::string_view zone = line.columns(column::test, column::fsc);
   const std::size_t begin = zone.find_first_not_of(' ');
   if (begin == std::string_view::npos) return true;
+  if (!ascii_digit(zone[begin])) return line.refuse(begin, name_columns);
+  const std::size_t end = std::min(zone.find(' ', begin), zone.size());
   std::int16_t major = 0, minor = 0;
   FieldFault fault;
-  if (!read_test_number(zone.substr(begin), major, minor, fault)) return line.refuse(begin, std::move(fault));
+  if (!read_test_number(zone.substr(begin, end - begin), major, minor, fault))
+    return line.refuse(begin, std::move(fault));
   record.set(field::test_major, major);
   record.set(field::test_minor, minor);
-  return true;
+  return line.blank(end, column::fsc, name_columns);
 }
 
 }  // namespace
