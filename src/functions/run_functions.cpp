@@ -1,0 +1,53 @@
+// What an expression can ask of the run: its variables, its latest test, its procedure.
+#include "functions/families.h"
+#include "values/math/letters.h"
+#include "values/math/variables.h"
+
+namespace orvane {
+namespace {
+
+constexpr int null_name = 10317;
+
+bool math_is_var(MathCall& call) { return call.give_truth(mvar_Exists(call.run, call.str(0))); }
+
+bool math_del(MathCall& call) {
+  if (call.null(0)) return call.report(null_name, "mvar_Del");
+  return mvar_Del(call.run, call.record, call.str(0), call.text) || call.fail(math_code::reported);
+}
+
+bool failed(const MathCall& call) { return (call.run.test.test_state & test_bit::failed) != 0; }
+
+bool math_adjthr(MathCall& call) { return call.give(call.run.adjust_threshold); }
+bool math_fail(MathCall& call) { return call.give_truth(failed(call)); }
+bool math_pass(MathCall& call) { return call.give_truth(!failed(call)); }
+bool math_ui(MathCall& call) { return call.give(call.run.test.indicated); }
+bool math_proc(MathCall& call) { return call.give_text(call.run.procedure_name); }
+bool math_vers(MathCall& call) { return call.give_text(ORVANE_VERSION); }
+
+bool math_psub(MathCall& call) {
+  return call.give_truth(call.run.procedure_name.find(call.str(0)) != std::string::npos);
+}
+
+bool math_psubi(MathCall& call) {
+  const std::string_view name = call.run.procedure_name, wanted = call.str(0);
+  for (std::size_t at = 0; at + wanted.size() <= name.size(); ++at) {
+    if (equals_ignoring_case(name.substr(at, wanted.size()), wanted)) return call.give_truth(true);
+  }
+  return call.give_truth(false);
+}
+
+using S = Signature;
+
+constexpr MathFunctionRow rows[] = {
+    {"adjthr", S::gives_num, 0, math_adjthr}, {"del", S::str_gives_str, math_flag::statement, math_del},
+    {"fail", S::gives_int, 0, math_fail},     {"IsVar", S::str_gives_int, 0, math_is_var},
+    {"pass", S::gives_int, 0, math_pass},     {"proc", S::gives_str, 0, math_proc},
+    {"psub", S::str_gives_int, 0, math_psub}, {"psubi", S::str_gives_int, 0, math_psubi},
+    {"ui", S::gives_num, 0, math_ui},         {"vers", S::gives_str, 0, math_vers},
+};
+
+}  // namespace
+
+std::span<const MathFunctionRow> run_functions() { return rows; }
+
+}  // namespace orvane
