@@ -222,7 +222,10 @@ bool run_ieee(Statement& s) {
   return true;
 }
 
-constexpr HandlerRow rows[] = {{fsc::ieee, run_ieee}};
+// This system has no VISA library to hand the statement to.
+bool run_visa(Statement& s) { return run_error(s.run, 313); }
+
+constexpr HandlerRow rows[] = {{fsc::ieee, run_ieee}, {fsc::visa, run_visa}};
 
 }  // namespace
 

@@ -32,6 +32,9 @@ ReadResult read_file(const std::string& path, std::size_t limit, std::string& ou
 /// Makes the folder in which the file of this path would stand, with those above it. True if it is there.
 [[nodiscard]] bool make_folder_of(const std::string& path);
 
+/// Does this errno of a failed open say that another program holds the file?
+bool is_sharing_violation(int system_error);
+
 /// The folder of the running program, without a separator at its end.
 std::string program_directory();
 /// The user's folder for settings of this program ("orvane" below the system's place for configuration).

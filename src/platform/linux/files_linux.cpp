@@ -45,6 +45,10 @@ bool replace_file(const std::string& path, std::string_view contents) {
   return ok;
 }
 
+bool is_sharing_violation(int system_error) {
+  return system_error == EBUSY || system_error == ETXTBSY || system_error == EAGAIN;
+}
+
 std::string program_directory() {
   char path[PATH_MAX];
   const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);

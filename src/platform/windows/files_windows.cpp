@@ -2,6 +2,7 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <string>
 
@@ -26,6 +27,11 @@ bool replace_file(const std::string& path, std::string_view contents) {
   ok = ok && ::MoveFileExA(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
   if (!ok) ::DeleteFileA(beside.c_str());
   return ok;
+}
+
+bool is_sharing_violation(int system_error) {
+  const DWORD error = ::GetLastError();
+  return system_error == EACCES && (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION);
 }
 
 std::string program_directory() {

@@ -10,6 +10,7 @@
 #include "procedure/file/node_store.h"
 #include "procedure/file/procedure_format.h"
 #include "procedure/file/render.h"
+#include "state/open_shared.h"
 #include "state/report.h"
 
 namespace orvane {
@@ -52,7 +53,7 @@ class Load {
 
  private:
   bool read() {
-    if (!file_.open(path_)) return errp(405, path_);
+    if (!open_shared(path_, [this] { return file_.open(path_); })) return errp(405, path_);
     FileHeader header;
     if (!read_header(header)) return false;
     if ((header.flags & file_flag::required) != 0 && !read_required(header.format_version)) return false;

@@ -6,6 +6,7 @@
 #include "platform/files.h"
 #include "procedure/file/load.h"
 #include "procedure/file/proc_dir_line.h"
+#include "state/open_shared.h"
 #include "state/report.h"
 
 namespace orvane {
@@ -39,8 +40,12 @@ OpenDirectory* directory_of(int handle) {
 
 std::FILE* open_file(const std::string& path, std::string_view mode) {
   if (is_directory(path)) return nullptr;
-  std::FILE* file = std::fopen(path.c_str(), std::string(mode).c_str());
-  if (file == nullptr && mode == pd_mode_write && !file_exists(path)) file = std::fopen(path.c_str(), "w+b");
+  std::FILE* file = nullptr;
+  const bool found = open_shared(path, [&] {
+    file = std::fopen(path.c_str(), std::string(mode).c_str());
+    return file != nullptr;
+  });
+  if (!found && mode == pd_mode_write && !file_exists(path)) file = std::fopen(path.c_str(), "w+b");
   return file;
 }
 
