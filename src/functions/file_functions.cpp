@@ -208,6 +208,6 @@ constexpr MathFunctionRow rows[] = {
 
 std::span<const MathFunctionRow> file_functions() { return rows; }
 
-void clear_file_functions() { places().clear(); }
+void clear_file_functions(RunState&) { places().clear(); }
 
 }  // namespace orvane

@@ -5,7 +5,6 @@
 
 #include "functions/families.h"
 #include "values/math/letters.h"
-#include "values/math/math.h"
 #include "values/math/variables.h"
 
 namespace orvane {
@@ -54,11 +53,9 @@ bool check_math_functions(std::span<const MathFunctionRow> rows, std::string& re
   return true;
 }
 
-bool install_math_functions() {
+bool math_functions_sound() {
   std::string reason;
-  if (!check_math_functions(math_function_rows(), reason)) return errp(30200, reason);
-  math_environment().functions = math_function_rows();
-  return true;
+  return check_math_functions(math_function_rows(), reason) || errp(30200, reason);
 }
 
 }  // namespace orvane

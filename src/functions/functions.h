@@ -15,10 +15,10 @@ std::span<const MathFunctionRow> math_function_rows();
 /// Is the table sorted, without a name twice, and is each row whole? If not, `reason` names the row.
 [[nodiscard]] bool check_math_functions(std::span<const MathFunctionRow> rows, std::string& reason);
 
-/// Start-up: checks the table and hands it to math_environment(). A fault in it is message 30200.
-[[nodiscard]] bool install_math_functions();
+/// The check at start-up: the table is sound, or message 30200 says where it is not.
+[[nodiscard]] bool math_functions_sound();
 
 /// The start of a run: forgets how far `read` came in which file.
-void clear_file_functions();
+void clear_file_functions(RunState& run);
 
 }  // namespace orvane

@@ -149,11 +149,10 @@ bool read_exchange(SourceLine& line, FscRecord& record) {
   if (record.get(field::mem_present) != 0)
     return line.refuse(column::meme_register, "MEME has a number or a register, not both");
   constexpr int highest_register = 255;
-  const std::optional<int> number =
-      text.size() > 1 && text[1] != '-' ? parse_short(text.substr(1)) : std::nullopt;
-  if ((text[0] != '<' && text[0] != '>') || !number || *number > highest_register)
+  const int number = text.size() > 1 && text[1] != '-' ? parse_short(text.substr(1)).value_or(-1) : -1;
+  if ((text[0] != '<' && text[0] != '>') || number < 0 || number > highest_register)
     return line.refuse(column::meme_register, "the register is written as <1 or >1, up to 255");
-  record.set(field::meme_register, static_cast<std::uint8_t>(*number));
+  record.set(field::meme_register, static_cast<std::uint8_t>(number));
   record.set(field::meme_operation, text[0] == '<' ? meme_operation::load : meme_operation::store);
   return true;
 }

@@ -6,6 +6,7 @@
 #include "config/startup_config.h"
 #include "config/user_settings.h"
 #include "evaluation/handlers.h"
+#include "functions/functions.h"
 #include "instruments/bus_statements.h"
 #include "instruments/ieee488.h"
 #include "platform/files.h"
@@ -64,11 +65,13 @@ void engine_install() {
   for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
                               settings_handlers(), operator_handlers(), bus_handlers()})
     dispatch_install(handlers);
+  math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
 }
 
 bool engine_start(RunState& run, const EngineStart& start) {
   engine_install();
+  if (!math_functions_sound()) return false;
   const std::string path = start.config_path.empty() ? default_config_path() : start.config_path;
   if (!read_configuration(run, path)) return false;
   use_user_settings(start.settings_path.empty() ? user_config_directory() + "/settings.ini"

@@ -1,11 +1,13 @@
 #include "procedure/pipeline/run_reset.h"
 
 #include "config/startup_config.h"
+#include "functions/functions.h"
 #include "procedure/run/blocks.h"
 #include "procedure/run/capture.h"
 #include "settings/vset.h"
 #include "state/pump.h"
 #include "state/report.h"
+#include "values/math/math.h"
 #include "values/math/variables.h"
 #include "values/registers.h"
 
@@ -47,6 +49,8 @@ void reset_notes(RunState& run) { run.log.notes.clear(); }
 constexpr RunResetRow rows[] = {
     {"picture frame", reset_draw, ResetWhen::full},
     {"registers", clear_registers, ResetWhen::full},
+    {"string registers", math_clear_strings, ResetWhen::full},
+    {"places in text files", clear_file_functions, ResetWhen::full},
     {"option letters", reset_options, ResetWhen::full},
     {"settings of the unit under test", reset_settings_list, ResetWhen::full},
     {"outcomes", reset_outcomes, ResetWhen::full},

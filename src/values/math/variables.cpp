@@ -87,7 +87,7 @@ bool mvar_valid_name(std::string_view name) {
 
 void mvar_clear(RunState& run) {
   run.math.global.clear();
-  run.math.frames.assign(1, {});
+  run.math.frames.clear();
 }
 
 void mvar_push_frame(RunState& run) { run.math.frames.emplace_back(); }

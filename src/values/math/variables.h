@@ -16,9 +16,9 @@ constexpr std::size_t mvar_name_limit = 32;
 /// any case.
 bool mvar_valid_name(std::string_view name);
 
-/// Forgets every variable and frame and opens the main procedure's frame: the state at the start of a run.
+/// Forgets every variable and frame: the state before a run and after it.
 void mvar_clear(RunState& run);
-/// A frame for a sub-procedure, and its end with all its variables.
+/// A frame for a procedure that begins, the main procedure too, and its end with all its variables.
 void mvar_push_frame(RunState& run);
 void mvar_pop_frame(RunState& run);
 
