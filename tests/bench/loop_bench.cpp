@@ -5,6 +5,7 @@
 #include <string>
 
 #include "config/startup_config.h"
+#include "messages/catalogue.h"
 #include "platform/platform.h"
 #include "procedure/file/compile.h"
 #include "procedure/pipeline/engine.h"
