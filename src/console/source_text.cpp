@@ -7,6 +7,9 @@
 namespace orvane {
 namespace {
 
+// More lines than a procedure can have.
+constexpr std::size_t faults_limit = 131072;
+
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 bool is_lead_byte(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
@@ -33,7 +36,7 @@ void decode_line(std::string_view line, int number, std::string& out, std::vecto
     return;
   }
   const std::string back = utf8_from_cp1252(decoded);
-  if (back != line) faults.push_back(lost_character(line, back, number));
+  if (back != line && faults.size() < faults_limit) faults.push_back(lost_character(line, back, number));
   out += decoded;
 }
 

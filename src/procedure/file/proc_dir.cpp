@@ -243,6 +243,7 @@ bool pd_read_at(int handle, int line, ProcDirEntry& entry) {
   if (file.empty()) return errp(907, directory->path, line + 1);
   read.file_name = file;
   if (!read_names(*directory, line, text, read)) return false;
+  if (read.matched_line > read.last_line) return errp(30103, directory->path, read.matched_line + 1);
   entry = std::move(read);
   return true;
 }

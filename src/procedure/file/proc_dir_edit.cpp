@@ -93,8 +93,23 @@ void take_out(Lines& lines, int number) {
 struct Chain {
   int first = 0;
   int lines = 0;
+  std::uint64_t begin = 0;  // the first eight letters of the key, folded: they tell most keys apart
   std::string_view key;
 };
+
+std::uint64_t key_begin(std::string_view key) {
+  std::uint64_t begin = 0;
+  for (std::size_t i = 0; i < sizeof begin; ++i)
+    begin = begin << 8 | (i < key.size() ? static_cast<unsigned char>(ascii_upper(key[i])) : 0);
+  return begin;
+}
+
+bool key_less(const Chain& a, const Chain& b) {
+  if (a.begin != b.begin) return a.begin < b.begin;
+  constexpr std::size_t compared = sizeof a.begin;
+  if (a.key.size() <= compared || b.key.size() <= compared) return a.key.size() < b.key.size();
+  return ascii_compare(a.key.substr(compared), b.key.substr(compared)) < 0;
+}
 
 constexpr int chain_limit = 7;
 
@@ -113,7 +128,8 @@ bool read_chains(const Lines& lines, const std::string& path, bool strip_sub, st
     if (pd::is_deleted(line) || line[pd::at_status] == pd::mark_d) continue;
     if (pd::is_first(line)) {
       if (open) return errp(906, path, i + 1);
-      chains.push_back({.first = i, .lines = 0, .key = key_of(pd::name_of(line), strip_sub)});
+      const std::string_view key = key_of(pd::name_of(line), strip_sub);
+      chains.push_back({.first = i, .lines = 0, .begin = key_begin(key), .key = key});
     } else if (!open || chains.back().first + chains.back().lines != i) {
       return errp(30103, path, i + 1);
     }
@@ -157,8 +173,11 @@ bool pd_choose_file_names(const std::string& directory_path, std::vector<PdAddit
   if (!directory_file(directory_path, path) || !lines.read(path)) return false;
   std::uint32_t number = 0;
   for (int i = 0; i < lines.count(); ++i) number = std::max(number, file_number(pd::file_of(lines.line(i))));
+  std::size_t size = lines.bytes().size();
   for (PdAddition& addition : additions) {
     const int line = lines.find(addition.name);
+    if (line < 0) size += pd_line_size;
+    if (size > pd_size_limit) return errp(915, path, size, pd_size_limit);
     if (line >= 0 && lines.alone(line) && is_plain_file_name(pd::file_of(lines.line(line)))) {
       addition.file_name = pd::file_of(lines.line(line));
       continue;
@@ -201,8 +220,7 @@ bool pd_sort(const std::string& path, bool strip_sub) {
     Lines lines;
     std::vector<Chain> chains;
     if (!lines.read(path) || !read_chains(lines, path, strip_sub, chains)) return false;
-    std::stable_sort(chains.begin(), chains.end(),
-                     [](const Chain& a, const Chain& b) { return ascii_compare(a.key, b.key) < 0; });
+    std::stable_sort(chains.begin(), chains.end(), key_less);
     sorted.reserve(lines.bytes().size());
     for (const Chain& chain : chains) {
       for (int i = 0; i < chain.lines; ++i) sorted.append(lines.line(chain.first + i));

@@ -132,6 +132,8 @@ TEST_F(ProcDirTest, DamagedEntries) {
        damaged + "there is no line 0 to begin an entry."},
       {"no last line", line(" EF  ", "1.prc", "a"), 0, 902,
        "The procedure directory \"PATH\" cannot be read at line 2."},
+      {"a line of no entry", line(" EFL ", "1.prc", "a") + line(" E   ", "1.prc", "b"), 1, 30103,
+       damaged + "line 2 belongs to no entry."},
       {"line behind the end", line(" EFL ", "1.prc", "a"), 1, 902,
        "The procedure directory \"PATH\" cannot be read at line 2."},
       {"an entry in an entry", line(" EF  ", "1.prc", "a") + line(" EFL ", "2.prc", "b"), 0, 906,
