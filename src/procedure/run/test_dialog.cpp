@@ -44,9 +44,19 @@ bool enabled(const RunState& run, const FscRecord& record, const TestDialog& dia
   }
 }
 
-void add_text(TestWindow& window, int label, const std::string& text) {
-  if (!text.empty()) window.texts.push_back({msg(label), text});
-}
+// What is shown of an evaluation: label and text, in the window's order. Empty texts are left out.
+struct TextRow {
+  int label;
+  std::string DecisionBlock::*text;
+};
+constexpr TextRow text_rows[] = {
+    {7108, &DecisionBlock::title},        {7109, &DecisionBlock::range_text},
+    {7110, &DecisionBlock::ind_text},     {7111, &DecisionBlock::act_text},
+    {7112, &DecisionBlock::mod_text},     {7113, &DecisionBlock::error_text},
+    {7114, &DecisionBlock::pct_text},     {7115, &DecisionBlock::test_tol_text},
+    {7116, &DecisionBlock::sys_tol_text}, {7117, &DecisionBlock::tur_text},
+    {7118, &DecisionBlock::unc_text},     {7119, &DecisionBlock::remark},
+};
 
 TestWindow make_window(const RunState& run, const FscRecord& record, const TestDialog& dialog) {
   const DecisionBlock& decision = run.decision;
@@ -59,18 +69,10 @@ TestWindow make_window(const RunState& run, const FscRecord& record, const TestD
   } else {
     window.status_text = decision.status_text;
     window.colour = decision.colour;
-    add_text(window, 7108, decision.title);
-    add_text(window, 7109, decision.range_text);
-    add_text(window, 7110, decision.ind_text);
-    add_text(window, 7111, decision.act_text);
-    add_text(window, 7112, decision.mod_text);
-    add_text(window, 7113, decision.error_text);
-    add_text(window, 7114, decision.pct_text);
-    add_text(window, 7115, decision.test_tol_text);
-    add_text(window, 7116, decision.sys_tol_text);
-    add_text(window, 7117, decision.tur_text);
-    add_text(window, 7118, decision.unc_text);
-    add_text(window, 7119, decision.remark);
+    for (const TextRow& row : text_rows) {
+      const std::string& text = decision.*row.text;
+      if (!text.empty()) window.texts.push_back({msg(row.label), text});
+    }
   }
   for (const ButtonRow& row : button_rows) {
     const bool is_default = row.code == answer::test_continue;
