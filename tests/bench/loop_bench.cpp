@@ -40,7 +40,7 @@ Procedure compiled(const std::vector<std::string>& lines) {
   return procedure;
 }
 
-void run_lines(benchmark::State& state, const std::vector<std::string>& lines, double statements) {
+void run_lines(benchmark::State& state, const std::vector<std::string>& lines, std::int64_t statements) {
   static Turns turns;
   platform().events = &turns;
   engine_install();
@@ -54,8 +54,7 @@ void run_lines(benchmark::State& state, const std::vector<std::string>& lines, d
     run_procedure(run, handle);
     benchmark::DoNotOptimize(run.registers.m[2]);
   }
-  state.counters["ns/statement"] =
-      benchmark::Counter(statements * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.SetItemsProcessed(state.iterations() * statements);  // statements a second
 }
 
 void while_loop(benchmark::State& state) {
