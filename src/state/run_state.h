@@ -186,6 +186,10 @@ struct RunState {
 /// The control block of the program.
 RunState& run_state();
 
+/// Serves a device that asks for service. False if an abort is requested, the poll of the bus has found a fault, or
+/// stop_test is set.
+bool poll_run(RunState& run);
+
 /// A floating-point fault in a statement: sets stop_test and the reason; says nothing itself. Returns false.
 bool floating_point_stop(RunState& run);
 

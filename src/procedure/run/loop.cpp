@@ -85,7 +85,7 @@ class Loop {
     if (run_.bus_poll == nullptr) [[likely]]
       return;
     if (pace == Pace::quick && ++quick_polls_ % quick_statements_per_poll != 0) return;
-    if (!abort_requested() && !run_.has(run_flag::stop_test)) run_.bus_poll(run_);
+    static_cast<void>(poll_run(run_));  // a fault has set stop_test
   }
 
   void scripted_abort() {
