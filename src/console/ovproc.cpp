@@ -107,6 +107,7 @@ bool names_differ(const std::vector<Source>& sources) {
 
 bool write_sources(std::vector<Source>& sources, const std::string& directory, std::ostream& out) {
   std::vector<PdAddition> additions;
+  additions.reserve(sources.size());
   for (const Source& source : sources) additions.push_back({source.procedure.name, {}});
   if (!pd_choose_file_names(directory, additions)) return false;
   for (std::size_t i = 0; i < sources.size(); ++i) {

@@ -62,9 +62,9 @@ TEST_F(OvprocTest, CompileListAndFind) {
 
 TEST_F(OvprocTest, SourcesOfAllKinds) {
   const Outcome result = run_ovproc({"compile", "-", "--procdir", dir},
-                                 "\xEF\xBB\xBFINSTRUMENT:            A\r\n"
-                                 "         DISP         \xB5 as one byte   \t\r\n"
-                                 "         DISP         \xE2\x82\xAC as UTF-8\r\n");
+                                    "\xEF\xBB\xBFINSTRUMENT:            A\r\n"
+                                    "         DISP         \xB5 as one byte   \t\r\n"
+                                    "         DISP         \xE2\x82\xAC as UTF-8\r\n");
   ASSERT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(run_ovproc({"list", in_folder("1.prc")}).out,
             "INSTRUMENT:            A\n"
@@ -84,8 +84,8 @@ TEST_F(OvprocTest, FaultsLeaveEverythingAsItWas) {
   const Outcome result = run_ovproc({"compile", good, bad, "--procdir", dir});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.err, bad + ":2:10: there is no statement \"DSIP\"\n" + bad +
-                         ":3:26: the character \"\xCE\xA9\" has no place in Windows-1252\n" + bad +
-                         ":4:23: no line has this test number\n");
+                            ":3:26: the character \"\xCE\xA9\" has no place in Windows-1252\n" + bad +
+                            ":4:23: no line has this test number\n");
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(file("proc.dir"), before);
   EXPECT_FALSE(std::filesystem::exists(in_folder("2.prc")));
@@ -160,9 +160,9 @@ TEST_F(OvprocTest, ChecksFiles) {
   const Outcome result = run_ovproc({"check", path});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.err, path + ": line 2: E30107: The branch of JMP leads to no line.\n" + path +
-                         ": line 1: E30110: The statement DISP has no last line.\n" + path +
-                         ": line 3: E30108: There is no statement with the code 2053.\n" + path +
-                         ": offset 389: E30109: 3 bytes stand behind the last record.\n");
+                            ": line 1: E30110: The statement DISP has no last line.\n" + path +
+                            ": line 3: E30108: There is no statement with the code 2053.\n" + path +
+                            ": offset 389: E30109: 3 bytes stand behind the last record.\n");
   write("1.prc", whole.substr(0, 200));
   EXPECT_EQ(run_ovproc({"check", path}).err,
             path + ": offset 200: E406: The file \"" + path + "\" ends too early, or cannot be read.\n");
@@ -209,6 +209,19 @@ TEST_F(OvprocTest, Usage) {
   }
   EXPECT_EQ(run_ovproc({"--help"}).status, 0);
   EXPECT_EQ(run_ovproc({"--version"}).status, 0);
+}
+
+// The examples of the document are true: they compile, and are shown as they stand.
+TEST_F(OvprocTest, ExamplesOfTheDocument) {
+  std::istringstream document(contents(ORVANE_SOURCE_DIR "/docs/formats.md"));
+  const std::string ruler = "    1       10     17    23 ";
+  std::string text, example = "INSTRUMENT:            Examples\n";
+  while (std::getline(document, text) && !text.starts_with(ruler)) continue;
+  while (std::getline(document, text) && text.starts_with("    ")) example += text.substr(4) + "\n";
+  EXPECT_GT(std::count(example.begin(), example.end(), '\n'), 20);
+  const Outcome compiled = run_ovproc({"compile", "-", "--procdir", dir}, example);
+  EXPECT_EQ(compiled.err, "");
+  EXPECT_EQ(run_ovproc({"list", in_folder("1.prc")}).out, example);
 }
 
 // Files of each format version that was ever written must load for ever, and show what they showed.

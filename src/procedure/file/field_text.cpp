@@ -152,7 +152,7 @@ bool scan_term(std::string_view text, ToleranceTerm& term, std::string& reason) 
 
 template <class Quantity>
 std::string quantity_text(const Quantity& quantity) {
-  const std::string unit = unit_text(quantity.prefix, quantity.unit);
+  std::string unit = unit_text(quantity.prefix, quantity.unit);
   if ((quantity.flags & Quantity::from_mem) != 0) return unit;
   const std::size_t room = column::quantity_width > unit.size() ? column::quantity_width - unit.size() : 0;
   return format_value(quantity.value, quantity.digits, (quantity.flags & Quantity::exponent) != 0, room,

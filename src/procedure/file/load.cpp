@@ -178,7 +178,7 @@ class Load {
   // Up to `count` records. The header's count is believed only as far as the file is long; a file without a
   // size (a pipe) is believed as far as it comes.
   RecordBlock read_records(std::size_t count) {
-    constexpr std::size_t first_step = 64 * FscRecord::size;
+    constexpr std::size_t first_step = std::size_t{64} * FscRecord::size;
     const std::size_t wanted = count * FscRecord::size;
     const std::uint64_t begin = position_;
     std::size_t room = std::min(wanted, left_in_file().value_or(first_step));
