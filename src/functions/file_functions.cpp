@@ -13,9 +13,9 @@
 namespace orvane {
 namespace {
 
-// --- Reading by line -------------------------------------------------------------------------------------------
-// A file is opened for each call: nothing is held open that another program may want to replace or delete. How far
-// the last call came is remembered, so that lines asked for in ascending order are read once.
+// --- Reading by line -----------------------------------------------------------------------------
+// A file is opened for each call: nothing is held open that another program may want to replace or delete.
+// How far the last call came is remembered, so that lines asked for in ascending order are read once.
 
 struct Stamp {
   std::uintmax_t size = 0;
@@ -26,7 +26,8 @@ struct Stamp {
 struct LinePlace {
   std::string path;
   Stamp stamp;
-  // The line that begins at `offset`. A line end stands before it, so that it stays right when lines are added.
+  // The line that begins at `offset`. A line end stands before it, so that it stays right when lines are
+  // added.
   std::uint64_t line = 1;
   std::uint64_t offset = 0;
 };
@@ -53,8 +54,8 @@ LinePlace* known_place(const std::string& path) {
   return at == places().end() ? nullptr : &*at;
 }
 
-// The place from which to look for a line: the remembered one, or the start of a file that is new here, has changed
-// since, or has been read further.
+// The place from which to look for a line: the remembered one, or the start of a file that is new here, has
+// changed since, or has been read further.
 LinePlace& place_for(const std::string& path, std::uint64_t line) {
   std::vector<LinePlace>& list = places();
   if (LinePlace* known = known_place(path)) {
@@ -157,7 +158,7 @@ bool math_read(MathCall& call) {
   return call.give_text(std::move(line));
 }
 
-// --- Writing ---------------------------------------------------------------------------------------------------
+// --- Writing -------------------------------------------------------------------------------------
 
 bool add_line(const std::string& path, std::string_view text) {
   std::ofstream file(path, std::ios::binary | std::ios::app);
@@ -181,7 +182,7 @@ bool math_append(MathCall& call) {
   return call.give(1);
 }
 
-// --- Questions about paths -------------------------------------------------------------------------------------
+// --- Questions about paths -----------------------------------------------------------------------
 
 bool math_exists(MathCall& call) { return call.give_truth(file_exists(std::string(call.str(0)))); }
 bool math_is_dir(MathCall& call) { return call.give_truth(is_directory(std::string(call.str(0)))); }

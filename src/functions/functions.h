@@ -1,5 +1,5 @@
-// The library of functions that a MATH expression can call. Each family keeps its rows beside their bodies; the table
-// is all of them, sorted by name. A name that is no row is simply no function.
+// The library of functions that a MATH expression can call. Each family keeps its rows beside their bodies;
+// the table is all of them, sorted by name. A name that is no row is simply no function.
 #pragma once
 
 #include <span>

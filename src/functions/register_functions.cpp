@@ -8,7 +8,7 @@
 namespace orvane {
 namespace {
 
-// --- Ranges ----------------------------------------------------------------------------------------------------
+// --- Ranges --------------------------------------------------------------------------------------
 
 using Values = std::span<const double>;
 
@@ -64,7 +64,7 @@ bool over_range(MathCall& call) {
   return sound && !std::isfinite(result) ? call.fault() : call.give(result);
 }
 
-// --- Single registers ------------------------------------------------------------------------------------------
+// --- Single registers ----------------------------------------------------------------------------
 
 // The index in the first argument; 0 after a report if it is outside 1 to `limit`.
 std::size_t checked_index(MathCall& call, int limit, int message) {

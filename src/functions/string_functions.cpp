@@ -15,7 +15,7 @@ std::string in_lower_case(std::string_view text) {
   return lower;
 }
 
-// --- Parts -----------------------------------------------------------------------------------------------------
+// --- Parts ---------------------------------------------------------------------------------------
 
 bool math_len(MathCall& call) { return call.give(static_cast<double>(call.str(0).size())); }
 
@@ -78,10 +78,10 @@ bool math_ctoi(MathCall& call) {
   return call.give(call.str(0).empty() ? 0 : static_cast<signed char>(call.str(0).front()));
 }
 
-// --- Search and comparison -------------------------------------------------------------------------------------
+// --- Search and comparison -----------------------------------------------------------------------
 
-// How often `wanted` stands in `text` (n of 0), or where its n-th occurrence begins, from 1. Occurrences do not
-// overlap.
+// How often `wanted` stands in `text` (n of 0), or where its n-th occurrence begins, from 1. Occurrences do
+// not overlap.
 int occurrence(std::string_view text, std::string_view wanted, int n) {
   if (n < 0 || text.empty() || wanted.empty()) return 0;
   int count = 0;
@@ -108,7 +108,7 @@ bool math_zcmpi(MathCall& call) { return call.give_truth(same_ignoring_case(call
 bool math_empty(MathCall& call) { return call.give_truth(call.str(0).empty()); }
 bool math_null(MathCall& call) { return call.give_truth(call.null(0)); }
 
-// --- Numbers ---------------------------------------------------------------------------------------------------
+// --- Numbers -------------------------------------------------------------------------------------
 
 // "%", up to two digits of width, and with a point one or two of precision, up to 16; then E, G, e, f or g.
 bool is_number_format(std::string_view format) {

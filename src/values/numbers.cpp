@@ -192,8 +192,7 @@ std::string_view skip_blanks(std::string_view text) {
 
 }  // namespace
 
-// --- Scanning
-// --------------------------------------------------------------------------------------------------
+// --- Scanning ------------------------------------------------------------------------------------
 
 std::size_t number_length(std::string_view text) {
   return length_with_point(text, [](char c) { return c == '.'; });
@@ -290,8 +289,7 @@ bool number_digits(std::string_view text, std::uint8_t& digits_byte) {
   return p != end && (*p | 0x20) == 'e';
 }
 
-// --- Comparison
-// ------------------------------------------------------------------------------------------------
+// --- Comparison ----------------------------------------------------------------------------------
 
 void set_compare_epsilon(double epsilon) {
   epsilon_in_force = epsilon >= smallest_epsilon && epsilon <= largest_epsilon ? epsilon : default_epsilon;
@@ -336,8 +334,7 @@ bool num_on_step(double x, double low, double high, double step) {
 bool one_significant_digit(double x) { return significant_digits(x).size() == 1; }
 bool same_digits(double a, double b) { return significant_digits(a) == significant_digits(b); }
 
-// --- Rounding
-// --------------------------------------------------------------------------------------------------
+// --- Rounding ------------------------------------------------------------------------------------
 
 double round_sig(double x, int n) {
   if (!std::isfinite(x)) return x;
@@ -362,8 +359,7 @@ EngineeringParts eng_split(double x) {
   return {std::copysign(scaled_down(x, exponent), x), exponent};
 }
 
-// --- Prefixed numbers in short texts
-// ---------------------------------------------------------------------------
+// --- Prefixed numbers in short texts -------------------------------------------------------------
 
 int exponent_from_letter(char letter) {
   switch (letter) {
@@ -396,8 +392,7 @@ double value_from_prefixed_text(std::string_view text) {
   }
 }
 
-// --- Splitting
-// -------------------------------------------------------------------------------------------------
+// --- Splitting -----------------------------------------------------------------------------------
 
 std::string_view trim_blanks(std::string_view text) {
   text = skip_blanks(text);
@@ -434,8 +429,7 @@ std::optional<std::vector<std::string>> split_list(std::string_view text, char d
   return std::vector<std::string>(tokens.begin(), tokens.end());
 }
 
-// --- Statistics
-// ------------------------------------------------------------------------------------------------
+// --- Statistics ----------------------------------------------------------------------------------
 
 std::optional<Moments> moments(std::span<const double> values) {
   if (values.size() < 2) return std::nullopt;

@@ -14,8 +14,7 @@
 
 namespace orvane {
 
-// --- Scanning
-// --------------------------------------------------------------------------------------------------
+// --- Scanning ------------------------------------------------------------------------------------
 
 /// Length of the number at the start of `text`, 0 if there is none. A number is an optional sign, then digits
 /// with an optional point and further digits, or a point and digits, then an optional exponent. A trailing
@@ -61,9 +60,9 @@ bool number_digits(std::string_view text, std::uint8_t& digits_byte);
 constexpr int digits_before_point(std::uint8_t digits_byte) { return digits_byte >> 4; }
 constexpr int digits_after_point(std::uint8_t digits_byte) { return digits_byte & 0x0F; }
 
-// --- Comparison
-// ------------------------------------------------------------------------------------------------ A bound is
-// widened by the compare epsilon times its own size; so a bound of 0 is exact. MATH compares otherwise.
+// --- Comparison ----------------------------------------------------------------------------------
+// A bound is widened by the compare epsilon times its own size; so a bound of 0 is exact. MATH compares
+// otherwise.
 
 /// Takes 1e-16 to 1e-5; anything else sets the initial 1e-11.
 void set_compare_epsilon(double epsilon);
@@ -92,8 +91,7 @@ bool one_significant_digit(double x);
 /// 2.5 and 2500 have the same digits; signs do not count.
 bool same_digits(double a, double b);
 
-// --- Rounding
-// --------------------------------------------------------------------------------------------------
+// --- Rounding ------------------------------------------------------------------------------------
 
 /// To n significant digits; n is clamped to 1 to 16.
 double round_sig(double x, int n);
@@ -111,8 +109,7 @@ struct EngineeringParts {
 /// x as mantissa times a power of 1000; both 0 for 0. A value that is not finite is its own mantissa.
 EngineeringParts eng_split(double x);
 
-// --- Printing
-// --------------------------------------------------------------------------------------------------
+// --- Printing ------------------------------------------------------------------------------------
 // Exponents have a sign and at least two digits, as the C library writes them.
 
 /// Room that print_general() needs.
@@ -156,8 +153,7 @@ std::optional<std::string> format_aligned(double x, int nint, int nfrac, int nsi
 /// A relative error in per cent or, below 0.1 %, in parts per million; above 500 % ">500     %".
 std::string format_error_ratio(double ratio);
 
-// --- Prefixed numbers in short texts
-// ---------------------------------------------------------------------------
+// --- Prefixed numbers in short texts -------------------------------------------------------------
 
 /// The number at the start of a text (blanks skipped, 0 if none) times the multiplier of the letter behind
 /// it: G, M, k, m, u, n, p, f; any other is 1.
@@ -165,8 +161,7 @@ double value_from_prefixed_text(std::string_view text);
 /// The same letters as powers of ten; any other is 0.
 int exponent_from_letter(char letter);
 
-// --- Splitting
-// -------------------------------------------------------------------------------------------------
+// --- Splitting -----------------------------------------------------------------------------------
 
 /// Without the blanks and tabs on both sides.
 std::string_view trim_blanks(std::string_view text);
@@ -182,8 +177,7 @@ std::string_view trim_blanks(std::string_view text);
 /// The same with tokens of their own; nothing after a failure.
 std::optional<std::vector<std::string>> split_list(std::string_view text, char delimiter);
 
-// --- Statistics
-// ------------------------------------------------------------------------------------------------
+// --- Statistics ----------------------------------------------------------------------------------
 
 struct Moments {
   double mean = 0;

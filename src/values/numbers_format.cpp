@@ -30,8 +30,7 @@ std::chars_format format_of(char style) {
 
 std::size_t find_exponent(std::string_view text) { return text.find_first_of("eE"); }
 
-// --- print_by_format
-// -------------------------------------------------------------------------------------------
+// --- print_by_format -----------------------------------------------------------------------------
 
 struct RealDirective {
   bool left = false, zeros = false, plus = false, blank = false;
@@ -77,8 +76,7 @@ std::optional<RealDirective> parse_directive(std::string_view text) {
   return d;
 }
 
-// --- Engineering form
-// ------------------------------------------------------------------------------------------
+// --- Engineering form ----------------------------------------------------------------------------
 
 struct Engineering {
   double mantissa = 0;
@@ -134,8 +132,7 @@ char prefix_letter(int exponent) {
 
 }  // namespace
 
-// --- Printing
-// --------------------------------------------------------------------------------------------------
+// --- Printing ------------------------------------------------------------------------------------
 
 char* print_general(double x, int precision, char* out) {
   const int digits = std::clamp(precision, 1, largest_general_precision);

@@ -1,6 +1,6 @@
-// MATH and numbers. With "registers" or "variables" and a count as arguments: that many turns of a loop's condition and
-// two statements, for a comparison of whole programs; without: one turn, and the reading and printing of numbers beside
-// from_chars and to_chars, through Google Benchmark.
+// MATH and numbers. With "registers" or "variables" and a count as arguments: that many turns of a loop's
+// condition and two statements, for a comparison of whole programs; without: one turn, and the reading and
+// printing of numbers beside from_chars and to_chars, through Google Benchmark.
 #include <benchmark/benchmark.h>
 
 #include <charconv>
@@ -19,7 +19,7 @@
 namespace orvane {
 namespace {
 
-// --- A loop's turn ---------------------------------------------------------------------------------------------
+// --- A loop's turn -------------------------------------------------------------------------------
 
 struct LoopText {
   std::string condition, count, step, result;
@@ -89,7 +89,7 @@ void turn_with_variables(benchmark::State& state) {
 }
 BENCHMARK(turn_with_variables);
 
-// --- Numbers ---------------------------------------------------------------------------------------------------
+// --- Numbers -------------------------------------------------------------------------------------
 
 // Half as a laboratory types them, half readings of twelve digits.
 struct Corpus {

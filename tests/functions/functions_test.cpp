@@ -335,7 +335,8 @@ TEST_F(Functions, LinesOfFiles) {
   EXPECT_EQ(number("Null(read(MEM2,3))"), 0);
   EXPECT_EQ(number("Null(read(MEM2,4294967295))"), 1);
 
-  // What is appended stands behind an unfinished last line, as in any editor; reading goes on at the right place.
+  // What is appended stands behind an unfinished last line, as in any editor; reading goes on at the right
+  // place.
   EXPECT_TRUE(math("append(MEM2,\"!\");append(MEM2,\"five\")"));
   EXPECT_EQ(contents(run.registers.mem2), "one\ntwo\r\n\nfour!\nfive\n");
   EXPECT_EQ(text("read(MEM2,4)&read(MEM2,5)"), "four!five");

@@ -1,5 +1,6 @@
-// Hostile texts for the MATH language: each text is checked as syntax, then run, as statement and as expression. A
-// syntax check must touch nothing; a run must either succeed or stop. Functions that write files are left out.
+// Hostile texts for the MATH language: each text is checked as syntax, then run, as statement and as
+// expression. A syntax check must touch nothing; a run must either succeed or stop. Functions that write
+// files are left out.
 #include <algorithm>
 #include <cstdlib>
 #include <string>

@@ -45,7 +45,8 @@ class MathTest : public EngineTest {
     return math_eval_string(run, statement(""), expression, 40000, value) ? value : "failed";
   }
 
-  /// The number of the first message that a MATH statement shows, 0 without one; -1 for a floating-point fault.
+  /// The number of the first message that a MATH statement shows, 0 without one; -1 for a floating-point
+  /// fault.
   int message_of(std::string_view text) {
     desk.shown.clear();
     run.stop_reason = 0;

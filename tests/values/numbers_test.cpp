@@ -18,8 +18,7 @@ using Numbers = test::EngineTest;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-// --- Scanning
-// --------------------------------------------------------------------------------------------------
+// --- Scanning ------------------------------------------------------------------------------------
 
 TEST(NumbersScan, LengthOfTheNumberAtTheStart) {
   struct Case {
@@ -207,8 +206,7 @@ TEST(NumbersScan, DigitsByte) {
   }
 }
 
-// --- Comparison
-// ------------------------------------------------------------------------------------------------
+// --- Comparison ----------------------------------------------------------------------------------
 
 struct EpsilonGuard {
   ~EpsilonGuard() { set_compare_epsilon(0); }
@@ -269,8 +267,7 @@ TEST(NumbersCompare, Digits) {
   EXPECT_TRUE(same_digits(1.0, 1.00000000000001));  // beyond the thirteenth digit
 }
 
-// --- Rounding
-// --------------------------------------------------------------------------------------------------
+// --- Rounding ------------------------------------------------------------------------------------
 
 TEST(NumbersRound, Rules) {
   EXPECT_EQ(round_half_up(-0.5), 0);
@@ -302,8 +299,7 @@ TEST(NumbersRound, Rules) {
   }
 }
 
-// --- Printing
-// --------------------------------------------------------------------------------------------------
+// --- Printing ------------------------------------------------------------------------------------
 
 std::string by_library(const char* format, int precision, double x) {
   char text[512];
@@ -456,8 +452,7 @@ TEST(NumbersPrint, AlignedColumnsAndErrors) {
   for (const auto& [ratio, text] : ratios) EXPECT_EQ(format_error_ratio(ratio), text) << ratio;
 }
 
-// --- Short texts
-// -----------------------------------------------------------------------------------------------
+// --- Short texts ---------------------------------------------------------------------------------
 
 TEST(NumbersText, PrefixedNumbers) {
   const std::pair<const char*, double> cases[] = {

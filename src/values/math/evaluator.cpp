@@ -168,8 +168,7 @@ bool Evaluator::to_number(MathCell& cell) {
   return code == math_code::none || stop_at_text(code, cell) != nullptr;
 }
 
-// --- Statements
-// ------------------------------------------------------------------------------------------------
+// --- Statements ----------------------------------------------------------------------------------
 
 bool Evaluator::assignment() {
   Operand operand;
@@ -264,8 +263,7 @@ bool Evaluator::text_result(MathText& value) {
   return true;
 }
 
-// --- Expressions
-// -----------------------------------------------------------------------------------------------
+// --- Expressions ---------------------------------------------------------------------------------
 
 // An expression up to the end of the text.
 Evaluator::Place Evaluator::whole(Place p) {
@@ -284,7 +282,8 @@ Evaluator::Place Evaluator::not_at_end(Place p) {
 
 Evaluator::Place Evaluator::climb(Place p, After after) {
   p = operand(p, after);
-  return p == nullptr ? p : climb_on(p, lowest_level);
+  return p == nullptr || operator_letters[static_cast<unsigned char>(*p)] == 0 ? p
+                                                                               : climb_on(p, lowest_level);
 }
 
 // The operators of level `lowest` and above that follow the value on the stack, each level from left to
@@ -307,10 +306,11 @@ Evaluator::Place Evaluator::climb_on(Place p, int lowest) {
   return p;
 }
 
-// A value. M[n] is found before anything else is asked.
+// A value. The two that are met most are found before anything else is asked.
 inline Evaluator::Place Evaluator::operand(Place p, After after) {
   if (unsigned index = 0; const Place behind = numbered_m(p, index))
     return push(running_ ? run_.registers.m[index] : 0, behind);
+  if (is_math_digit(*p)) return number(p);
   return primary(p, after);
 }
 
@@ -423,8 +423,7 @@ Evaluator::Place Evaluator::load(const Operand& operand, Place after) {
   return push_borrowed(value, after);
 }
 
-// --- Functions
-// -------------------------------------------------------------------------------------------------
+// --- Functions -----------------------------------------------------------------------------------
 
 // `p` is at the parenthesis behind the name.
 Evaluator::Place Evaluator::call(const MathFunctionRow& row, Place p) {
@@ -491,8 +490,7 @@ bool Evaluator::to_integer(MathCell& cell, ArgumentKind kind) {
   return true;
 }
 
-// --- Operators
-// -------------------------------------------------------------------------------------------------
+// --- Operators -----------------------------------------------------------------------------------
 
 Evaluator::Place Evaluator::apply(int op, Place p) {
   if (op == math_op::join && running_) return join(p);

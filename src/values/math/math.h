@@ -1,10 +1,6 @@
 // The MATH language: statements and expressions, scanned and evaluated in one pass over their text. With
 // run_active set it evaluates; without, it only checks the syntax and touches nothing.
 //
-//   statement   target "=" expression, or a call of a function that may stand alone; several, separated by
-//   ";" target      MEM MEM1 MEM2 M[1..255] L[1..32] S[1..32] or the name of a variable expression  lowest
-//   first, every level from left to right, also "^":
-//               && ||    < <= > >= == !=    + - &    * /    ^    ( ... ), operand, literal, name(arguments)
 //
 // Outside quotes blanks and tabs mean nothing at all ("1 2" is 12). There is no unary minus: a sign belongs
 // to a literal. Numbers become texts and texts numbers where they are wanted.

@@ -41,6 +41,8 @@ constexpr std::array<MathOperator, 256> operator_letters = [] {
   return table;
 }();
 
+constexpr bool begins_operator(char c) { return operator_letters[static_cast<unsigned char>(c)] != 0; }
+
 /// The operators of one or two characters that begin with one of < > = ! & |.
 constexpr MathOperator twin_operator(char first, char second) {
   switch (first) {

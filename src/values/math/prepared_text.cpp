@@ -11,13 +11,11 @@ namespace {
 constexpr std::size_t word_size = sizeof(std::uint64_t);
 constexpr std::uint64_t ones = 0x0101010101010101, tops = 0x8080808080808080;
 
-// Marks with their top bits the bytes of a word that are a separator or not above the quote (controls and the
-// NUL, the blank, "!" and the quote): a few more than need care, in two tests. A backslash matters only
-// inside quotes. Bytes above the lowest one marked may be marked wrongly.
+// Marks with their top bits the bytes of a word that need care, and in two tests a few more: a separator,
+// what is not above the quote (controls and the NUL, the blank, "!" and the quote), and most bytes that are
+// not ASCII. A backslash matters only inside quotes. Bytes above the lowest one marked may be marked wrongly.
 constexpr std::uint64_t marks(std::uint64_t word) {
-  const std::uint64_t low = (word - ones * ('"' + 1)) & ~word;
-  const std::uint64_t other = word ^ (ones * ';');
-  return (low | ((other - ones) & ~other)) & tops;
+  return ((word - ones * ('"' + 1)) | ((word ^ ones * ';') - ones)) & tops;
 }
 
 }  // namespace
