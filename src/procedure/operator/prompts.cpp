@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -48,12 +49,19 @@ bool joined_text(Statement& s, std::string_view separator, std::size_t skip, std
   std::vector<std::string_view> texts;
   if (!gather_statement(*s.node, texts))
     return run_error(s.run, 10338, fsc_name(fsc_ordinal(s.record.code())));
-  std::string joined;
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (i > 0) joined += separator;
-    joined += texts[i];
+  std::size_t size = 0;
+  for (const std::string_view text : texts) size += text.size() + separator.size();
+  try {
+    std::string joined;
+    joined.reserve(size);
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+      if (i > 0) joined += separator;
+      joined += texts[i];
+    }
+    return expand_text(s.run, s.record, std::string_view(joined).substr(std::min(skip, joined.size())), out);
+  } catch (const std::bad_alloc&) {
+    return run_error(s.run, 10337, size, fsc_name(fsc_ordinal(s.record.code())));
   }
-  return expand_text(s.run, s.record, std::string_view(joined).substr(std::min(skip, joined.size())), out);
 }
 
 bool store_number(RunState& run, std::string_view entry) {

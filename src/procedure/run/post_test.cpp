@@ -46,7 +46,7 @@ class PostTest {
     evaluated_ = record_.has_flag(line_flag::result) && !stopped_;
     if (stopped_) vset_test_done(run_);
     if (evaluated_ && !judge()) return false;
-    show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, percent_)) || run_.asks(ask_option::A);
+    show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, percent_));
     const bool standby_needed = show_ || run_.asks(standby_letters);
     if (standby_needed && !standby(1)) return false;
     if (evaluated_) {
