@@ -54,11 +54,11 @@ template <const RangeRule& Rule>
 bool over_range(MathCall& call) {
   const int first = index_of(call.num(0)), last = index_of(call.num(1));
   if (last < 1 || last > Rule.limit) return call.fail(Rule.end_code);
-  if (first < 1 || last - first + 1 < Rule.least_count) return call.fail(Rule.start_code);
+  const int count = last - first + 1;
+  if (first < 1 || count < Rule.least_count) return call.fail(Rule.start_code);
   const RegisterFile& registers = call.run.registers;
-  const Values values =
-      Values(Rule.local ? registers.l : registers.m)
-          .subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first + 1));
+  const Values values = Values(Rule.local ? registers.l : registers.m)
+                            .subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(count));
   const double result = Rule.figure(values);
   const bool sound = std::all_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); });
   return sound && !std::isfinite(result) ? call.fault() : call.give(result);

@@ -216,7 +216,8 @@ std::string format_value(double x, std::uint8_t digits_byte, bool use_exponent, 
     text = strip_exponent_zeros(print_number(x, 'e', whole + decimals - 1));
   } else {
     text = print_number(x, 'f', decimals);
-    const auto width = static_cast<std::size_t>(whole + (decimals > 0 ? decimals + 1 : 0));
+    const int columns = whole + (decimals > 0 ? decimals + 1 : 0);
+    const auto width = static_cast<std::size_t>(columns);
     if (text.size() < width) text.insert(text.front() == '-' ? 1 : 0, width - text.size(), '0');
   }
   return text.size() > width_limit ? compact_number(std::move(text)) : text;
@@ -224,7 +225,7 @@ std::string format_value(double x, std::uint8_t digits_byte, bool use_exponent, 
 
 std::string format_eng_prefix(double x, int sig, int width, bool blank_before_letter) {
   const int digits = sig < 0 ? 12 : sig;
-  const std::string printed = print_number(x, 'e', digits);
+  std::string printed = print_number(x, 'e', digits);
   const auto e = engineering_of(printed, digits);
   if (!e) return printed;
   std::string tail = exponent_tail(e->exponent);
@@ -236,7 +237,7 @@ std::string format_eng_prefix(double x, int sig, int width, bool blank_before_le
 
 std::string format_eng_exp(double x, int sig, int width) {
   const int digits = sig < 0 ? 12 : sig;
-  const std::string printed = print_number(x, 'e', digits);
+  std::string printed = print_number(x, 'e', digits);
   auto e = engineering_of(printed, digits);
   if (!e) return printed;
   if (e->exponent == -3) {
@@ -252,7 +253,8 @@ std::optional<std::string> format_aligned(double x, int nint, int nfrac, int nsi
   constexpr int places_limit = 31;
   if (nint < 0 || nfrac < 0 || nsig < 0 || nint + nfrac >= places_limit) return std::nullopt;
   std::string text = print_number(x, 'f', nfrac);
-  const auto width = static_cast<std::size_t>(nint + nfrac + 2);
+  const int columns = nint + nfrac + 2;  // a sign and the point
+  const auto width = static_cast<std::size_t>(columns);
   if (text.size() < width) text.insert(0, width - text.size(), ' ');
   if (!std::isfinite(x)) return text;
 

@@ -71,12 +71,12 @@ void math_clear_strings(RunState& run) { run.registers.s.fill(std::nullopt); }
 
 MathText string_register_get(const RunState& run, int index) {
   if (index < 0 || index >= RegisterFile::s_limit) return std::nullopt;
-  return run.registers.s[static_cast<std::size_t>(index + 1)];
+  return run.registers.s[static_cast<std::size_t>(index) + 1];
 }
 
 bool string_register_set(RunState& run, int index, MathText text) {
   if (index < 0 || index >= RegisterFile::s_limit) return run_error(run, 1880, RegisterFile::s_limit - 1);
-  run.registers.s[static_cast<std::size_t>(index + 1)] = std::move(text);
+  run.registers.s[static_cast<std::size_t>(index) + 1] = std::move(text);
   return true;
 }
 

@@ -37,7 +37,7 @@ constexpr std::array<MathOperator, 256> operator_letters = [] {
   table['*'] = make_operator(math_op::multiply, 4);
   table['/'] = make_operator(math_op::divide, 4);
   table['^'] = make_operator(math_op::power, 5);
-  for (const char c : {'<', '>', '=', '!', '&', '|'}) table[static_cast<std::size_t>(c)] = has_twin;
+  for (const unsigned char c : {'<', '>', '=', '!', '&', '|'}) table[c] = has_twin;
   return table;
 }();
 
