@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "messages/encoding.h"
 #include "platform/operator.h"
@@ -55,24 +56,24 @@ class Parser {
 
   // One line, not blank and no comment. Empty if it is sound, otherwise what is wrong.
   std::string line(std::string_view raw, int number) {
+    const std::string_view text = trim(raw);
+    std::string_view rest;
+    if (after_word(text, "abort-at", rest)) return abort_at(rest);
     if (answers_.defaults_follow) return "\"*\" is the last line";
+    if (after_word(text, "set", rest)) return field(rest);
     Answer answer;
     answer.line = number;
-    answer.fields = std::move(fields_);
-    fields_.clear();
+    if (text == "*") {
+      answers_.defaults_follow = true;
+      if (fields_.empty()) return {};
+    }
+    answer.fields = std::exchange(fields_, {});
+    if (text == "*") return add(std::move(answer));  // by default, with fields
     if (raw.starts_with("=")) {
       answer.kind = Answer::Kind::text;
       answer.text = cp1252_from_either(raw.substr(raw.size() > 1 && raw[1] == ' ' ? 2 : 1));
       return add(std::move(answer));
     }
-    const std::string_view text = trim(raw);
-    std::string_view rest;
-    if (text == "*") {
-      answers_.defaults_follow = true;
-      return {};
-    }
-    if (after_word(text, "set", rest)) return field(std::move(answer), rest);
-    if (after_word(text, "abort-at", rest)) return abort_at(std::move(answer), rest);
     if (after_word(text, "row", rest)) return row(std::move(answer), rest);
     return button(std::move(answer), text);
   }
@@ -88,17 +89,15 @@ class Parser {
     return {};
   }
 
-  std::string field(Answer answer, std::string_view rest) {
+  std::string field(std::string_view rest) {
     const std::size_t equals = rest.find('=');
     if (equals == std::string_view::npos) return "\"set NAME = VALUE\" is expected";
-    fields_ = std::move(answer.fields);
     fields_.emplace_back(cp1252_from_either(trim(rest.substr(0, equals))),
                          cp1252_from_either(trim(rest.substr(equals + 1))));
     return {};
   }
 
-  std::string abort_at(Answer answer, std::string_view rest) {
-    fields_ = std::move(answer.fields);
+  std::string abort_at(std::string_view rest) {
     std::uint64_t statement = 0;
     if (!whole_number(rest, statement) || statement == 0) return "\"abort-at\" takes a number from 1";
     answers_.abort_at.push_back(statement);
@@ -144,6 +143,8 @@ const Answer* Answers::take() {
 
 bool parse_answers(std::string_view utf8, Answers& answers, std::string& reason) {
   answers = Answers();
+  constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+  if (utf8.starts_with(byte_order_mark)) utf8.remove_prefix(byte_order_mark.size());
   Parser parser(answers);
   int number = 0;
   while (!utf8.empty()) {

@@ -8,7 +8,7 @@
 //   default           the window's default button
 //   abort             the Abort command while the window waits, then its default button
 //   abort-at N        the Abort command as the run finishes its N-th statement; no answer
-//   *                 last line: every further window gets its default button
+//   *                 last line but for "abort-at": every further window gets its default button
 //
 // Blank lines and lines that begin with "#" are skipped. The file is UTF-8.
 #pragma once

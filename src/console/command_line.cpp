@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
+#include "messages/encoding.h"
+
 namespace orvane {
 namespace {
 
@@ -34,7 +36,7 @@ std::optional<int> take_own_words(std::vector<std::string>& words, OvrunOptions&
     const bool takes_value = word == "-run" || word == "-dir";
     if (takes_value && i + 1 == words.size()) return usage(word + " needs a value");
     if (word == "-run") {
-      options.procedure = words[++i];
+      options.procedure = cp1252_from_either(words[++i]);
       if (options.procedure.empty()) return usage("-run needs the name of a procedure");
       if (options.procedure.size() > name_limit)
         return usage("the name of a procedure has at most " + std::to_string(name_limit) + " characters");

@@ -18,7 +18,7 @@ struct OvrunOptions {
   bool list = false;
 
   // The system's own words.
-  std::string procedure;      // -run
+  std::string procedure;      // -run, Windows-1252
   std::string directory;      // -dir
   std::string debug_letters;  // behind -T
   bool auto_test = false;

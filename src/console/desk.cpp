@@ -2,19 +2,20 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 
 #include "evaluation/result_lines.h"
 #include "messages/catalogue.h"
 #include "messages/encoding.h"
 #include "platform/terminal.h"
 #include "state/pump.h"
+#include "state/report.h"
 #include "values/numbers.h"
 
 namespace orvane {
 namespace {
 
 constexpr std::size_t rows_printed = 40;  // of a list, around the chosen row
+constexpr std::string_view escape_key = "\x1b";
 
 struct KindName {
   WindowKind kind;
@@ -37,10 +38,21 @@ std::string_view name_of(WindowKind kind) {
 }
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool same_letter(char a, char b) { return lower(a) == lower(b); }
 
 bool begins_with(std::string_view label, std::string_view letters) {
-  return letters.size() <= label.size() && std::equal(letters.begin(), letters.end(), label.begin(),
-                                                      [](char a, char b) { return lower(a) == lower(b); });
+  return letters.size() <= label.size() &&
+         std::equal(letters.begin(), letters.end(), label.begin(), same_letter);
+}
+
+bool contains(std::string_view line, std::string_view letters) {
+  return std::search(line.begin(), line.end(), letters.begin(), letters.end(), same_letter) != line.end();
+}
+
+std::string trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t");
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(" \t") - first + 1));
 }
 
 int default_code(const std::vector<Button>& buttons) {
@@ -54,7 +66,19 @@ bool offers(const std::vector<Button>& buttons, int code) {
   return std::any_of(buttons.begin(), buttons.end(), [&](const Button& b) { return b.code == code; });
 }
 
-// What the window takes in words: for the operator, and for the line that tells of a misfit.
+// The button with these first letters; the whole label counts before others that only begin with it.
+std::optional<int> button_of(const std::vector<Button>& buttons, std::string_view letters) {
+  std::optional<int> found;
+  for (const Button& button : buttons) {
+    if (!begins_with(button.label, letters)) continue;
+    if (button.label.size() == letters.size()) return button.code;
+    if (found) return std::nullopt;  // the letters fit two buttons
+    found = button.code;
+  }
+  return found;
+}
+
+// What the window takes, for the line that tells of a misfit.
 std::string offer(const std::vector<Button>& buttons) {
   std::string out;
   for (const Button& button : buttons)
@@ -71,46 +95,42 @@ void split_lines(std::string_view text, std::vector<std::string>& out) {
   }
 }
 
-void error_line(std::string_view text) {
-  const std::string line = utf8_from_cp1252(text) + "\n";
-  std::fflush(stdout);
-  std::fputs(line.c_str(), stderr);
-}
-
+// The last line of the text is redrawn on the terminal's status line.
 class ConsoleWait : public WaitWindow {
  public:
-  explicit ConsoleWait(bool live) : live_(live) {}
+  explicit ConsoleWait(StatusLine& line) : line_(line) { line_.hold(); }
   ~ConsoleWait() override {
-    if (live_ && any_) std::fputs("\r\x1b[K", stderr);
+    line_.clear();
+    line_.release();
   }
   ConsoleWait(const ConsoleWait&) = delete;
   ConsoleWait& operator=(const ConsoleWait&) = delete;
   void update(std::string_view text) override {
-    if (!live_) return;
-    any_ = true;
-    std::string line(text.substr(text.rfind('\n') == std::string_view::npos ? 0 : text.rfind('\n') + 1));
-    line = "\r\x1b[K" + utf8_from_cp1252(line);
-    std::fputs(line.c_str(), stderr);
-    std::fflush(stderr);
+    line_.draw(utf8_from_cp1252(text.substr(text.rfind('\n') + 1)));  // npos + 1 is 0
   }
   bool abort_pressed() override { return false; }  // Ctrl+C is the Abort command
 
  private:
-  bool live_;
-  bool any_ = false;
+  StatusLine& line_;
 };
 
 }  // namespace
 
-ConsoleDesk::ConsoleDesk(Answers* answers, Transcript& transcript)
-    : answers_(answers),
-      transcript_(transcript),
-      use_colour_(terminal_output() && std::getenv("NO_COLOR") == nullptr) {}
+ConsoleDesk::ConsoleDesk(Transcript& transcript)
+    : transcript_(transcript), use_colour_(terminal_is_coloured()) {}
 
 void ConsoleDesk::print(std::string_view line) {
+  status_line_.clear();
   const std::string out = utf8_from_cp1252(line) + "\n";
   std::fputs(out.c_str(), stdout);
   std::fflush(stdout);
+}
+
+void ConsoleDesk::tell_fault(std::string_view text) {
+  status_line_.clear();
+  const std::string line = utf8_from_either(text) + "\n";
+  std::fflush(stdout);
+  std::fputs(line.c_str(), stderr);
 }
 
 std::string ConsoleDesk::coloured(std::string_view text, int colour) const {
@@ -136,37 +156,57 @@ void ConsoleDesk::record(const Waiting& window, int answered) {
   entry.lines = window.lines;
   for (const Button& button : window.buttons) entry.buttons.push_back(button.code);
   entry.answer = answered;
-  entry.text = window.text;
+  if (window.typed) entry.text = window.text;
+  if (window.chosen) entry.row = *window.row + 1;
   transcript_.window(entry);
 }
 
-void ConsoleDesk::show(const Waiting& window) {
-  print("");
-  print("--- " + std::string(window.title) + " ---");
-  if (window.rows != nullptr) {
-    const std::size_t count = window.rows->count();
-    const std::size_t chosen = *window.row;
-    const std::size_t first = chosen > rows_printed / 2 ? chosen - rows_printed / 2 : 0;
-    for (std::size_t i = first; i < std::min(count, first + rows_printed); ++i)
-      print((i == chosen ? ">" : " ") + formatted("%5d  ", i + 1) + window.rows->row(i));
-    if (first > 0 || first + rows_printed < count) print("  (" + std::to_string(count) + " rows)");
-  } else {
-    for (const std::string& line : window.lines) print(line);
-  }
+// --- Showing ---
+
+void ConsoleDesk::show_rows(const Waiting& window) {
+  const std::size_t count = window.rows->count();
+  const std::size_t end = std::min(count, window.first_shown + rows_printed);
+  for (std::size_t i = window.first_shown; i < end; ++i)
+    print((i == *window.row ? ">" : " ") + formatted("%5d  ", i + 1) + window.rows->row(i));
+  if (end - window.first_shown < count)
+    print(formatted("  %d to %d of %d rows: + and - turn the page, /TEXT goes to the next row with the text",
+                    window.first_shown + 1, end, count));
+}
+
+// Where numbers or letters are no shortcuts the buttons bear none.
+void ConsoleDesk::show_buttons(const Waiting& window) {
+  const bool numbered = window.text == nullptr && window.rows == nullptr;
   std::string row;
   for (std::size_t i = 0; i < window.buttons.size(); ++i) {
     const Button& button = window.buttons[i];
-    row += (i == 0 ? "  [" : "   [") + std::to_string(i + 1) + "] " + button.label;
+    row += i == 0 ? "  " : "   ";
+    if (numbered) row += "[" + std::to_string(i + 1) + "] ";
+    row += button.label;
     if (button.code == default_code(window.buttons)) row += " (Enter)";
+    if (!numbered && button.code == answer::terminate) row += " (Esc and Enter)";
   }
   print(row);
 }
+
+void ConsoleDesk::show(Waiting& window) {
+  print("");
+  print("--- " + std::string(window.title) + " ---");
+  if (window.rows != nullptr) {
+    window.first_shown = *window.row > rows_printed / 2 ? *window.row - rows_printed / 2 : 0;
+    show_rows(window);
+  } else {
+    for (const std::string& line : window.lines) print(line);
+  }
+  show_buttons(window);
+}
+
+// --- Answering ---
 
 int ConsoleDesk::leave(const Waiting& window) {
   return window.is_test ? answer::test_term : answer::terminate;
 }
 
-int ConsoleDesk::resolve(const Waiting& window) {
+int ConsoleDesk::resolve(Waiting& window) {
   if (gone_) return leave(window);
   show(window);
   const int code = answers_ != nullptr ? from_answers(window) : from_terminal(window);
@@ -174,70 +214,110 @@ int ConsoleDesk::resolve(const Waiting& window) {
   return code;
 }
 
-int ConsoleDesk::refuse(const Waiting& window, std::string_view given) {
-  gone_ = true;
-  misfit_ = given.empty() ? "no answer is left for the window \""
-                          : std::string(given) + " does not fit the window \"";
-  misfit_ += std::string(window.title) + "\"; it offers " + offer(window.buttons);
+// `line`: of the answer that does not fit, 0 if none is left.
+int ConsoleDesk::refuse(const Waiting& window, int line) {
+  if (line == 0) {
+    errp(30507, window.title, offer(window.buttons));
+  } else {
+    errp(30508, line, window.title, offer(window.buttons));
+  }
+  misfit_ = gone_ = true;
   raise_abort();
   return leave(window);
 }
 
-int ConsoleDesk::from_answers(const Waiting& window) {
+// A text that is longer than the window takes is cut, as in a field that takes no further letters.
+int ConsoleDesk::take_text(Waiting& window, std::string_view text) {
+  *window.text = text.substr(0, window.text_limit);
+  window.typed = true;
+  std::string number = *window.text;
+  all_commas_to_points(number);
+  if (const auto value = whole_number(number)) {
+    print("  = " + formatted("%.12g", *value));
+  } else if (window.text->size() < text.size()) {
+    print("  = " + *window.text);
+  }
+  return window.buttons.front().code;
+}
+
+int ConsoleDesk::take_row(Waiting& window, std::size_t row) {
+  *window.row = row;
+  window.chosen = true;
+  return window.buttons.front().code;
+}
+
+int ConsoleDesk::from_answers(Waiting& window) {
   const Answer* answer = answers_->take();
-  if (answer == nullptr) return refuse(window, "");
-  const std::string given = "the answer in line " + std::to_string(answer->line);
-  if (!answer->fields.empty()) return refuse(window, given);
+  if (answer == nullptr || window.buttons.empty()) return refuse(window, 0);
+  if (!answer->fields.empty()) return refuse(window, answer->line);
   switch (answer->kind) {
     case Answer::Kind::text:
-      if (window.text == nullptr || window.buttons.empty()) return refuse(window, given);
-      *window.text = answer->text.substr(0, window.text_limit);
-      print("> " + *window.text);
-      return window.buttons.front().code;
+      if (window.text == nullptr) return refuse(window, answer->line);
+      print("> " + answer->text);
+      return take_text(window, answer->text);
     case Answer::Kind::row:
-      if (window.rows == nullptr || answer->row >= window.rows->count()) return refuse(window, given);
-      *window.row = answer->row;
-      return window.buttons.front().code;
-    case Answer::Kind::abort: raise_abort(); [[fallthrough]];
+      if (window.rows == nullptr || answer->row >= window.rows->count()) return refuse(window, answer->line);
+      return take_row(window, answer->row);
+    case Answer::Kind::abort: raise_abort(); return default_code(window.buttons);
     case Answer::Kind::by_default: return default_code(window.buttons);
     case Answer::Kind::word:
     case Answer::Kind::code: break;
   }
   const int code = window.is_test ? answer->test_code : answer->code;
-  if (!offers(window.buttons, code)) return refuse(window, given);
-  return code;
+  return offers(window.buttons, code) ? code : refuse(window, answer->line);
 }
 
-// What the operator typed as a button or a row; nothing if it is neither.
-std::optional<int> ConsoleDesk::typed(const Waiting& window, const std::string& entry) {
-  if (window.text != nullptr) {
-    *window.text = entry.substr(0, window.text_limit);
-    std::string number = *window.text;
-    all_commas_to_points(number);
-    if (const auto value = orvane::whole_number(number)) print("  = " + formatted("%.12g", *value));
-    return window.buttons.front().code;
-  }
-  if (entry.empty()) return default_code(window.buttons);
-  if (const auto number = parse_short(entry)) {
-    const auto index = static_cast<std::size_t>(*number - 1);
-    if (window.rows != nullptr && *number >= 1 && index < window.rows->count()) {
-      *window.row = index;
-      return window.buttons.front().code;
+// "+", "-" and "/TEXT" show other rows of a long list. True if the entry was one of them.
+bool ConsoleDesk::browse(Waiting& window, std::string_view entry) {
+  const std::size_t count = window.rows->count();
+  if (entry == "+") {
+    if (window.first_shown + rows_printed < count) window.first_shown += rows_printed;
+  } else if (entry == "-") {
+    window.first_shown -= std::min(window.first_shown, rows_printed);
+  } else if (entry.size() > 1 && entry.front() == '/') {
+    std::size_t step = 1;
+    const auto row = [&] { return (window.first_shown + step) % count; };
+    while (step <= count && !contains(window.rows->row(row()), entry.substr(1))) ++step;
+    if (step > count) {
+      print("  No row has this text.");
+      return true;
     }
-    if (window.rows == nullptr && *number >= 1 && index < window.buttons.size())
-      return window.buttons[index].code;
+    window.first_shown = row();
+  } else {
+    return false;
+  }
+  show_rows(window);
+  return true;
+}
+
+// What the operator entered as an answer; nothing if it is none.
+std::optional<int> ConsoleDesk::entered(Waiting& window, const std::string& entry) {
+  if (trimmed(entry) == escape_key) {
+    if (offers(window.buttons, answer::terminate)) return answer::terminate;
     return std::nullopt;
   }
-  std::optional<int> found;
-  for (const Button& button : window.buttons) {
-    if (!begins_with(button.label, entry)) continue;
-    if (found) return std::nullopt;  // the letters fit two buttons
-    found = button.code;
+  if (window.text != nullptr) {
+    // Enter alone keeps the text that the window came with.
+    return entry.empty() && !window.text->empty() ? window.buttons.front().code : take_text(window, entry);
   }
-  return found;
+  const std::string word = trimmed(entry);
+  if (word.empty()) {
+    const int code = default_code(window.buttons);
+    return window.rows != nullptr && code == window.buttons.front().code ? take_row(window, *window.row)
+                                                                         : code;
+  }
+  const auto number = parse_short(word);
+  if (!number) return button_of(window.buttons, word);
+  const auto index = static_cast<std::size_t>(*number - 1);
+  if (window.rows != nullptr) {
+    if (*number >= 1 && index < window.rows->count()) return take_row(window, index);
+  } else if (*number >= 1 && index < window.buttons.size()) {
+    return window.buttons[index].code;
+  }
+  return std::nullopt;
 }
 
-int ConsoleDesk::from_terminal(const Waiting& window) {
+int ConsoleDesk::from_terminal(Waiting& window) {
   for (;;) {
     std::fputs(window.text != nullptr ? "text> " : "> ", stdout);
     std::fflush(stdout);
@@ -245,28 +325,30 @@ int ConsoleDesk::from_terminal(const Waiting& window) {
     switch (terminal_read_line(entry, [] { return abort_requested(); })) {
       case LineEnd::end:
         print("");
-        error_line("end of input: the run is aborted");
+        tell_fault(msg(30509));
         gone_ = true;
         raise_abort();
         return leave(window);
-      case LineEnd::interrupted:
-        print("");
-        return window.is_test && offers(window.buttons, answer::test_term) ? answer::test_term
-                                                                           : leave(window);
+      case LineEnd::interrupted: print(""); return leave(window);
       case LineEnd::line: break;
     }
-    if (const auto code = typed(window, cp1252_from_either(entry))) return *code;
-    print("  Please type the number or the first letters of a button" +
-          std::string(window.rows != nullptr ? ", or the number of a row." : "."));
+    const std::string text = cp1252_from_either(entry);
+    if (window.rows != nullptr && browse(window, trimmed(text))) continue;
+    if (const auto code = entered(window, text)) return *code;
+    print(window.rows != nullptr ? "  Please type the number of a row, or the first letters of a button."
+                                 : "  Please type the number or the first letters of a button.");
   }
 }
+
+// --- Windows ---
 
 void ConsoleDesk::message(MessageKind kind, int number, std::string_view text) {
   transcript_.message(kind, number, text);
   if (kind == MessageKind::information) {
     print(text);
-  } else {
-    error_line(text);
+  } else if (!misfit_) {  // what follows a misfit is its consequence: the one line has told it
+    tell_fault(text);
+    told_error_ = told_error_ || kind == MessageKind::error;
   }
 }
 
@@ -289,6 +371,7 @@ int ConsoleDesk::ask(const AskWindow& window, std::string& text) {
 int ConsoleDesk::choose(const ChoiceWindow& window, std::size_t& row) {
   Waiting waiting{
       .kind = name_of(window.kind), .title = window.title, .lines = {}, .buttons = window.buttons};
+  row = window.first_row;
   waiting.rows = window.rows;
   waiting.row = &row;
   if (transcript_.is_open()) {
@@ -314,10 +397,17 @@ std::unique_ptr<WaitWindow> ConsoleDesk::wait(const WaitText& text) {
   split_lines(text.text, entry.lines);
   entry.has_answer = false;
   transcript_.window(entry);
-  auto window = std::make_unique<ConsoleWait>(terminal_error());
+  // The last line is redrawn in place, the others stay. A window without a title only tells of a short delay.
+  if (!text.title.empty()) {
+    const std::size_t redrawn = status_line_.is_live() ? 1 : 0;
+    for (std::size_t i = 0; i + redrawn < entry.lines.size(); ++i) print(text.title + ": " + entry.lines[i]);
+  }
+  auto window = std::make_unique<ConsoleWait>(status_line_);
   window->update(text.text);
   return window;
 }
+
+// --- Boards ---
 
 void ConsoleDesk::status(int row, std::string_view text) {
   transcript_.status(row, text);
@@ -333,12 +423,12 @@ void ConsoleDesk::result(const ResultLine& line) {
     for (const std::string& heading : result_headings()) print(heading);
     heading_printed_ = true;
   }
-  const auto shown = [&](std::string text) {
+  const auto shown_line = [&](std::string text) {
     text.erase(text.find_last_not_of(' ') + 1);
     if (!text.empty()) print(coloured(text, line.colour));
   };
-  shown(line.line1);
-  shown(line.line2);
+  shown_line(line.line1);
+  shown_line(line.line2);
 }
 
 void ConsoleDesk::result_note(std::string_view text, int colour) { print(coloured(text, colour)); }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "console/answers.h"
+#include "console/status_line.h"
 #include "console/transcript.h"
 #include "platform/operator.h"
 #include "platform/platform.h"
@@ -15,13 +16,17 @@ namespace orvane {
 
 class ConsoleDesk : public Operator {
  public:
-  /// Both live as long as the desk. Without answers the operator types.
-  ConsoleDesk(Answers* answers, Transcript& transcript);
+  /// The transcript lives as long as the desk.
+  explicit ConsoleDesk(Transcript& transcript);
+  /// From then on windows are answered from here, which lives as long as the desk; without it the operator types.
+  void answer_from(Answers* answers) { answers_ = answers; }
 
-  /// Why the answers did not fit: the one line for standard error; empty if they did.
-  const std::string& misfit() const { return misfit_; }
+  /// An answer did not fit a window, or none was left. This has been reported; the operator is gone.
+  bool misfit() const { return misfit_; }
   /// The operator has left: end of input, or answers that did not fit.
   bool gone() const { return gone_; }
+  /// An error has been told on standard error.
+  bool told_error() const { return told_error_; }
 
   void message(MessageKind kind, int number, std::string_view text) override;
   int lines(const LinesWindow& window) override;
@@ -33,7 +38,9 @@ class ConsoleDesk : public Operator {
   void result(const ResultLine& line) override;
   void result_note(std::string_view text, int colour) override;
 
-  void print(std::string_view line);  // one line of standard output, Windows-1252
+  void print(std::string_view line);       // one line of standard output, Windows-1252
+  void tell_fault(std::string_view text);  // one line of standard error, Windows-1252
+  StatusLine& status_line() { return status_line_; }
 
  private:
   // One window that waits: what it offers, and where typed text or a chosen row goes.
@@ -47,21 +54,31 @@ class ConsoleDesk : public Operator {
     std::size_t text_limit = 0;
     const RowSource* rows = nullptr;
     std::size_t* row = nullptr;
+    std::size_t first_shown = 0;  // row at the head of what is printed
+    bool typed = false;           // *text holds what was typed
+    bool chosen = false;          // *row holds what was chosen
   };
-  int resolve(const Waiting& window);
-  int from_answers(const Waiting& window);
-  int from_terminal(const Waiting& window);
+  int resolve(Waiting& window);
+  int from_answers(Waiting& window);
+  int from_terminal(Waiting& window);
   int leave(const Waiting& window);  // the operator is gone
-  int refuse(const Waiting& window, std::string_view given);
-  std::optional<int> typed(const Waiting& window, const std::string& entry);
-  void show(const Waiting& window);
+  int refuse(const Waiting& window, int line);
+  std::optional<int> entered(Waiting& window, const std::string& entry);
+  int take_text(Waiting& window, std::string_view text);
+  int take_row(Waiting& window, std::size_t row);
+  bool browse(Waiting& window, std::string_view entry);
+  void show(Waiting& window);
+  void show_rows(const Waiting& window);
+  void show_buttons(const Waiting& window);
   void record(const Waiting& window, int answer);
   std::string coloured(std::string_view text, int colour) const;
 
-  Answers* answers_;
   Transcript& transcript_;
-  std::string misfit_;
+  StatusLine status_line_;
+  Answers* answers_ = nullptr;
+  bool misfit_ = false;
   bool gone_ = false;
+  bool told_error_ = false;
   bool use_colour_ = false;
   bool heading_printed_ = false;
 };
@@ -72,15 +89,17 @@ enum class Progress { none, plain, terminal };
 /// The console's event loop: progress, and the second Ctrl+C, which ends the program once the instruments are safe.
 class ConsoleEvents : public EventLoop {
  public:
-  explicit ConsoleEvents(Progress progress) : progress_(progress) {}
+  /// The line lives as long as the events.
+  ConsoleEvents(Progress progress, StatusLine& line) : progress_(progress), line_(line) {}
   void turn() override;
-  void end_progress();
 
  private:
+  void show_progress();
+
   Progress progress_;
+  StatusLine& line_;
   std::uint32_t started_ = 0;
   std::uint32_t shown_ = 0;
-  bool any_ = false;
 };
 
 /// From then on Ctrl+C is the Abort command; a second one within two seconds ends the program after `make_safe`.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "console/desk.h"
+#include "messages/catalogue.h"
 #include "platform/terminal.h"
 #include "state/pump.h"
 #include "state/run_state.h"
@@ -18,6 +19,7 @@ constexpr std::uint32_t progress_interval = 1000;
 
 std::atomic<std::int64_t> last_interrupt{-second_interrupt};
 std::atomic<bool> leave_now{false};
+static_assert(std::atomic<std::int64_t>::is_always_lock_free, "a signal handler sets it");
 void (*make_instruments_safe)() = nullptr;
 
 std::int64_t now_ms() {
@@ -44,26 +46,27 @@ void ConsoleEvents::turn() {
   if (leave_now) {
     leave_now = false;  // what follows may pump
     if (make_instruments_safe != nullptr) make_instruments_safe();
-    end_progress();
+    line_.clear();
     std::fflush(stdout);
     std::_Exit(exit_terminated);
   }
-  if (progress_ == Progress::none) return;
+  if (progress_ != Progress::none) show_progress();
+}
+
+void ConsoleEvents::show_progress() {
   const std::uint32_t now = platform().clock->ticks();
   if (started_ == 0) started_ = shown_ = now;
   if (now - shown_ < progress_interval) return;
   shown_ = now;
-  any_ = true;
+  if (line_.is_held()) return;
   const std::uint32_t seconds = (now - started_) / 1000;
-  std::fprintf(
-      stderr,
-      progress_ == Progress::terminal ? "\r\x1b[K%llu statements, %u:%02u " : "%llu statements, %u:%02u\n",
-      static_cast<unsigned long long>(run_state().statements_run), seconds / 60, seconds % 60);
-}
-
-void ConsoleEvents::end_progress() {
-  if (any_ && progress_ == Progress::terminal) std::fputs("\r\x1b[K", stderr);
-  any_ = false;
+  const std::string text =
+      formatted("%u statements, %u:%02u", run_state().statements_run, seconds / 60, seconds % 60);
+  if (progress_ == Progress::terminal) {
+    line_.draw(text);
+  } else {
+    std::fprintf(stderr, "%s\n", text.c_str());
+  }
 }
 
 }  // namespace orvane

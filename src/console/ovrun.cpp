@@ -1,9 +1,9 @@
 #include "console/ovrun.h"
 
 #include <cstdio>
+#include <exception>
 #include <filesystem>
-#include <iostream>
-#include <iterator>
+#include <utility>
 
 #include "config/startup_config.h"
 #include "console/command_line.h"
@@ -21,34 +21,37 @@ namespace {
 
 constexpr int exit_pass = 0, exit_fail = 1, exit_given_up = 2, exit_failed = 3;
 constexpr std::size_t answers_limit = 16U << 20;
+constexpr int catalogue_missing = 30500;  // has no text: there is no catalogue to take it from
 
-void error_line(const std::string& line) {
+void out_line(const std::string& utf8) { std::fprintf(stdout, "%s\n", utf8.c_str()); }
+void error_line(const std::string& utf8) {
   std::fflush(stdout);
-  std::fputs((line + "\n").c_str(), stderr);
+  std::fprintf(stderr, "%s\n", utf8.c_str());
 }
 
-int failure(int number, const std::string& text) {
-  error_line("E" + std::to_string(number) + ": " + text);
-  return exit_failed;
-}
-
-bool read_answers(const std::string& path, Answers& answers, std::string& reason) {
-  std::string text;
-  if (path == "-") {
-    text.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-  } else if (read_file(path, answers_limit, text) != ReadResult::ok) {
-    reason = path + ": the answers file cannot be read";
-    return false;
+// Standard input to its end; false if it is longer than the limit.
+bool read_input(std::size_t limit, std::string& text) {
+  char block[16384];
+  std::size_t count = 0;
+  while ((count = std::fread(block, 1, sizeof block, stdin)) > 0) {
+    text.append(block, count);
+    if (text.size() > limit) return false;
   }
-  if (parse_answers(text, answers, reason)) return true;
-  reason = path + ":" + reason;
-  return false;
+  return true;
 }
 
-Progress progress_of(const std::string& word) {
+bool read_answers(const std::string& path, Answers& answers) {
+  std::string text, reason;
+  const bool read =
+      path == "-" ? read_input(answers_limit, text) : read_file(path, answers_limit, text) == ReadResult::ok;
+  if (!read) return errp(30505, path);
+  return parse_answers(text, answers, reason) || errp(30510, path + ":" + reason);
+}
+
+Progress progress_of(const std::string& word, const StatusLine& line) {
   if (word == "none") return Progress::none;
   if (word == "plain") return Progress::plain;
-  return terminal_error() && terminal_output() ? Progress::terminal : Progress::none;
+  return line.is_live() ? Progress::terminal : Progress::none;
 }
 
 void apply_switches(const OvrunOptions& options) {
@@ -56,8 +59,11 @@ void apply_switches(const OvrunOptions& options) {
     set_log_flags(log_bit::auto_test);
     set_box_flags(box_bit::none);
   }
-  if (options.trace) set_debug_flags(debug_bit::bus);
-  if (!options.debug_letters.empty()) debug_letters(options.debug_letters);
+  if (options.trace) {
+    set_debug_flags(debug_bit::bus);
+    set_log_flags(log_bit::open_log);
+  }
+  debug_letters(options.debug_letters);
 }
 
 int check_config(const std::string& path) {
@@ -65,17 +71,17 @@ int check_config(const std::string& path) {
   const bool sound = config_load(path, faults);
   for (const ConfigValue& value : config_values()) {
     const std::string origin = value.line > 0 ? path + ":" + std::to_string(value.line) : "default";
-    std::cout << value.key << " = " << utf8_from_cp1252(value.text) << "    (" << origin << ")\n";
+    out_line(std::string(value.key) + " = " + utf8_from_cp1252(value.text) + "    (" + origin + ")");
   }
   for (const ConfigFault& fault : faults)
-    error_line(utf8_from_cp1252(fault.text) + " (message " + std::to_string(fault.number) + ")");
+    error_line(utf8_from_either(fault.text) + " (message " + std::to_string(fault.number) + ")");
   return sound ? exit_pass : exit_failed;
 }
 
 int list_names() {
   std::vector<std::string> names;
   if (!procedure_names(names)) return exit_failed;
-  for (const std::string& name : names) std::cout << utf8_from_cp1252(name) << "\n";
+  for (const std::string& name : names) out_line(utf8_from_cp1252(name));
   return exit_pass;
 }
 
@@ -84,84 +90,118 @@ std::string_view overall_word(const OverallResult& result) {
   return result.failed > 0 ? "FAIL" : "PASS";
 }
 
-int exit_status(const RunState& run, int run_result_code, const OverallResult& result, bool answers_misfit) {
-  if (answers_misfit) return exit_failed;
-  if (run.has(run_flag::terminate)) return exit_given_up;
-  if (run_result_code == run_result::failed) return exit_failed;
-  if (run_result_code == run_result::given_up) return exit_given_up;
-  return result.failed > 0 ? exit_fail : exit_pass;
-}
-
 class Session {
  public:
-  Session(const OvrunOptions& options, Answers* answers)
-      : options_(options), desk_(answers, transcript_), events_(progress_of(options.progress)) {}
+  explicit Session(const OvrunOptions& options) : options_(options), desk_(transcript_) {}
   ~Session() { platform() = Platform{.desk = nullptr, .clock = &system_clock(), .events = nullptr}; }
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  bool open_transcript() { return options_.transcript.empty() || transcript_.open(options_.transcript); }
-
-  int run(std::vector<std::uint64_t> abort_at) {
+  int run() {
     platform().desk = &desk_;
     platform().events = &events_;
-    RunState& state = run_state();
-    EngineStart start{.config_path = options_.config, .settings_path = options_.settings};
-    if (options_.mode == "demo") start.mode = RunMode::demo;
-    if (options_.mode == "real") start.mode = RunMode::real;
-    if (!engine_start(state, start)) return exit_failed;
-    if (options_.list) return list_names();
-
-    install_interrupt(engine_make_safe);
-    state.abort_at = std::move(abort_at);
-    transcript_.run_start(options_.procedure);
-    const int code = run_test(state, options_.procedure);
-    events_.end_progress();
-    return close(state, code);
+    const int status = open() ? run_or_list() : exit_failed;
+    // With -AutoTest reports open no box; the reason of a failure is told all the same.
+    if (status == exit_failed && !desk_.told_error() && !last_error().empty()) desk_.tell_fault(last_error());
+    if (transcript_.is_broken()) error_line(msg(30506, options_.transcript));
+    return status;
   }
 
  private:
+  // Files of the command line are found from the folder of the start, before "-dir" leaves it.
+  bool open() {
+    if (!options_.transcript.empty() && !transcript_.open(options_.transcript))
+      return errp(30506, options_.transcript);
+    if (!options_.answers.empty()) {
+      if (!read_answers(options_.answers, answers_)) return false;
+      desk_.answer_from(&answers_);
+    }
+    start_.config_path = options_.config.empty() ? default_config_path() : options_.config;
+    start_.settings_path = options_.settings;
+    if (options_.mode == "demo") start_.mode = RunMode::demo;
+    if (options_.mode == "real") start_.mode = RunMode::real;
+    return options_.directory.empty() || enter_directory();
+  }
+
+  bool enter_directory() {
+    std::error_code error;
+    for (std::string* path : {&start_.config_path, &start_.settings_path}) {
+      if (!path->empty()) *path = std::filesystem::absolute(*path, error).string();
+    }
+    std::filesystem::current_path(options_.directory, error);
+    return !error || errp(30504, options_.directory);
+  }
+
+  int run_or_list() {
+    RunState& state = run_state();
+    if (options_.check_config) return check_config(start_.config_path);
+    if (!engine_start(state, start_)) return exit_failed;
+    return options_.list ? list_names() : run_procedure(state);
+  }
+
+  int run_procedure(RunState& state) {
+    running_ = this;
+    install_interrupt([] { running_->leave_at_once(); });
+    state.abort_at = answers_.abort_at;
+    transcript_.run_start(options_.procedure);
+    const int code = run_test(state, options_.procedure);
+    running_ = nullptr;
+    return close(state, code);
+  }
+
+  int exit_status(const RunState& state, int code, const OverallResult& result) const {
+    if (desk_.misfit()) return exit_failed;
+    if (desk_.gone()) return exit_given_up;
+    if (code == run_result::failed) return exit_failed;
+    if (code == run_result::given_up || state.has(run_flag::terminate)) return exit_given_up;
+    return result.failed > 0 ? exit_fail : exit_pass;
+  }
+
   int close(const RunState& state, int code) {
     const OverallResult result = overall_result(state);
-    const int exit = exit_status(state, code, result, !desk_.misfit().empty());
-    if (!desk_.misfit().empty()) error_line(utf8_from_cp1252(desk_.misfit()));
     const std::string_view word = overall_word(result);
-    if (code == run_result::finished) {
-      desk_.print("");
-      desk_.print(msg(30501, result.tests, result.failed));
-      if (!word.empty()) desk_.print(msg(30502, word));
-    }
-    if (exit == exit_pass && result.tests == 0) error_line(utf8_from_cp1252(msg(30503)));
+    const int exit = exit_status(state, code, result);
+    if (result.tests > 0 || code == run_result::finished) print_closing(result, word, exit);
+    if (exit == exit_pass && result.tests == 0) desk_.tell_fault(msg(30503));
     transcript_.run_end(options_.procedure, code, word, exit);
     return exit;
   }
 
+  void print_closing(const OverallResult& result, std::string_view word, int exit) {
+    desk_.print("");
+    desk_.print(msg(30501, result.tests, result.failed));
+    if (exit != exit_pass && exit != exit_fail) {
+      desk_.print(msg(30511));  // what passed so far is no verdict on the unit
+    } else if (result.tests > 0) {
+      desk_.print(msg(30502, word));
+    }
+  }
+
+  // The second Ctrl+C: the program ends here, in the middle of a statement.
+  void leave_at_once() {
+    engine_make_safe();
+    transcript_.run_end(options_.procedure, run_result::finished, overall_word(overall_result(run_state())),
+                        exit_given_up);
+  }
+
+  static inline Session* running_ = nullptr;
+
   const OvrunOptions& options_;
   Transcript transcript_;
   ConsoleDesk desk_;
-  ConsoleEvents events_;
+  ConsoleEvents events_{progress_of(options_.progress, desk_.status_line()), desk_.status_line()};
+  Answers answers_;
+  EngineStart start_;
 };
 
-// The parts that need no engine: message texts, switches, the folder to work in, answers.
 int run_program(const OvrunOptions& options) {
   std::string reason;
-  if (!catalogue_open(reason)) return failure(30500, reason);
-  apply_switches(options);
-  if (!options.directory.empty()) {
-    std::error_code error;
-    std::filesystem::current_path(options.directory, error);
-    if (error) return failure(30504, msg(30504, options.directory));
+  if (!catalogue_open(reason)) {
+    error_line("E" + std::to_string(catalogue_missing) + ": " + reason);
+    return exit_failed;
   }
-  if (options.check_config)
-    return check_config(options.config.empty() ? default_config_path() : options.config);
-
-  Answers answers;
-  if (!options.answers.empty() && !read_answers(options.answers, answers, reason))
-    return failure(30505, reason);
-  const std::vector<std::uint64_t> abort_at = answers.abort_at;
-  Session session(options, options.answers.empty() ? nullptr : &answers);
-  if (!session.open_transcript()) return failure(30506, msg(30506, options.transcript));
-  const int status = session.run(abort_at);
+  apply_switches(options);
+  const int status = Session(options).run();
   engine_stop();
   return status;
 }
@@ -171,7 +211,13 @@ int run_program(const OvrunOptions& options) {
 int ovrun_main(int argc, const char* const* argv) {
   OvrunOptions options;
   if (const auto status = parse_command_line(argc, argv, options)) return *status;
-  return run_program(options);
+  ignore_broken_pipes();
+  try {
+    return run_program(options);
+  } catch (const std::exception& error) {  // out of memory
+    error_line(std::string("ovrun: ") + error.what());
+    return exit_failed;
+  }
 }
 
 }  // namespace orvane

@@ -39,12 +39,13 @@ void Transcript::window(const Window& window) {
   line["buttons"] = window.buttons;
   if (window.has_answer) line["answer"] = window.answer;
   if (window.text != nullptr) line["text"] = utf8_from_cp1252(*window.text);
+  if (window.row > 0) line["row"] = window.row;
   put(file_, line);
 }
 
 void Transcript::message(MessageKind kind, int number, std::string_view text) {
   put(file_,
-      {{"event", "message"}, {"kind", name_of(kind)}, {"number", number}, {"text", utf8_from_cp1252(text)}});
+      {{"event", "message"}, {"kind", name_of(kind)}, {"number", number}, {"text", utf8_from_either(text)}});
 }
 
 void Transcript::status(int row, std::string_view text) {

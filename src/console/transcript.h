@@ -15,6 +15,8 @@ class Transcript {
   /// False if the file cannot be written.
   [[nodiscard]] bool open(const std::string& path);
   bool is_open() const { return file_.is_open(); }
+  /// A line could not be written; what stands in the file is not the whole run.
+  bool is_broken() const { return file_.is_open() && !file_; }
 
   struct Window {
     std::string_view kind;
@@ -24,6 +26,7 @@ class Transcript {
     bool has_answer = true;
     int answer = 0;
     const std::string* text = nullptr;  // what was typed, if anything
+    std::size_t row = 0;                // the row that was chosen, from 1; 0 if none was
   };
   void window(const Window& window);
   void message(MessageKind kind, int number, std::string_view text);

@@ -90,6 +90,12 @@ void trace(std::string_view function, const BusAddress& address, std::string_vie
   debug_log("%s : address %u, board %u : \"%s\"", function, address.primary, address.board, shown);
 }
 
+// Brings the bus to its start: every device stops talking and listening.
+void clear_interface(const GpibDriver& driver, int board) {
+  if ((debug_flags() & debug_bit::bus) != 0) debug_log("%s : IFC sent on board %d", "ib_ifc", board);
+  driver.SendIFC(board);
+}
+
 }  // namespace
 
 bool ib_is_live(const RunState& run) {
@@ -108,7 +114,7 @@ bool ib_init(RunState& run) {
   }
   boards_configured = true;
   for (int board = 0; board < boards(); ++board) {
-    driver->SendIFC(board);
+    clear_interface(*driver, board);
     if (!check(run, *driver)) return false;
   }
   return ib_timeout(run, 0, start_timeout);
@@ -210,7 +216,7 @@ bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status) {
 void ib_end_of_run(RunState& run) {
   if (!ib_is_live(run) || !boards_configured) return;
   const GpibDriver* driver = gpib_driver();
-  for (int board = 0; driver != nullptr && board < boards(); ++board) driver->SendIFC(board);
+  for (int board = 0; driver != nullptr && board < boards(); ++board) clear_interface(*driver, board);
 }
 
 }  // namespace orvane

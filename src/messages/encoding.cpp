@@ -79,6 +79,11 @@ bool cp1252_from_utf8(std::string_view utf8, std::string& out) {
   return true;
 }
 
+std::string utf8_from_either(std::string_view text) {
+  std::string unused;
+  return cp1252_from_utf8(text, unused) ? std::string(text) : utf8_from_cp1252(text);
+}
+
 std::string cp1252_from_either(std::string_view text) {
   std::string out;
   if (!cp1252_from_utf8(text, out)) out = text;

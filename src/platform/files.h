@@ -20,7 +20,8 @@ std::optional<std::uint64_t> file_size(const std::string& path);
 /// Directory and name with one separator between them. A directory that ends in "\" or "/" gets no further one; an
 /// absolute name stands alone, and so does a name behind an empty directory. Fails when the result has `limit` or
 /// more characters.
-[[nodiscard]] bool join_path(std::string& out, std::size_t limit, std::string_view directory, std::string_view name);
+[[nodiscard]] bool join_path(std::string& out, std::size_t limit, std::string_view directory,
+                             std::string_view name);
 
 enum class ReadResult { ok, not_found, too_large, failed };
 /// The whole file, if it has at most `limit` bytes.

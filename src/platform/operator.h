@@ -18,8 +18,8 @@ namespace answer {
 constexpr int failed = 0;
 constexpr int terminate = 205, ok = 210, yes = 211, no = 212;
 // The test window's buttons.
-constexpr int test_adjust = 1000, test_continue = 1001, test_cancel = 1002, test_list = 1003, test_comment = 1004,
-              test_repeat = 1005, test_settings = 1006, test_term = 1007;
+constexpr int test_adjust = 1000, test_continue = 1001, test_cancel = 1002, test_list = 1003,
+              test_comment = 1004, test_repeat = 1005, test_settings = 1006, test_term = 1007;
 }  // namespace answer
 
 struct Button {
@@ -31,7 +31,19 @@ struct Button {
 enum class MessageKind { error, warning, information };
 
 /// What a window is about; front ends shape it and the transcript names it by this.
-enum class WindowKind { message, question, prompt, evaluation, wait, picture, range, settings, test, listing, choice };
+enum class WindowKind {
+  message,
+  question,
+  prompt,
+  evaluation,
+  wait,
+  picture,
+  range,
+  settings,
+  test,
+  listing,
+  choice
+};
 
 /// Lines of text with up to max_buttons buttons.
 struct LinesWindow {
@@ -84,7 +96,7 @@ struct TestWindow {
     Button button;
     bool enabled = false;
   };
-  std::string form;         // "pt_Result", "pt_Terminate" and the others
+  std::string form;  // "pt_Result", "pt_Terminate" and the others
   std::string title;
   std::string status_text;  // the status, or the stop message with the statement's name
   int colour = 0;
@@ -113,7 +125,7 @@ constexpr int procedure = 1020, revision = 1021, operator_name = 1022, mode = 10
 
 /// One evaluation on the results board.
 struct ResultLine {
-  std::string line1;        // 79 columns
+  std::string line1;  // 79 columns
   std::string line2;
   std::string status_text;
   int colour = 0;

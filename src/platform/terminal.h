@@ -21,7 +21,11 @@ bool terminal_input();
 bool terminal_output();
 bool terminal_error();
 
-/// Calls `handler` at each interrupt (Ctrl+C) from then on. The handler may only set atomic words.
+/// Calls `handler` at each interrupt (Ctrl+C) from then on, and when the system asks the program to end or the
+/// terminal goes away. The handler may only set atomic words.
 void on_interrupt(void (*handler)());
+
+/// A reader of standard output that leaves early is a failed write from then on, not the end of the program.
+void ignore_broken_pipes();
 
 }  // namespace orvane

@@ -17,6 +17,11 @@ std::deque<std::string>& queue() {
   return lines;
 }
 
+std::string& latest_error() {
+  static std::string text;
+  return text;
+}
+
 std::string headed(char letter, int number, std::string_view text) {
   std::string out = letter + std::to_string(number) + ": ";
   out += text;
@@ -37,9 +42,12 @@ int ask_by_number(int number, MessageArgs args, std::vector<Button> buttons) {
 
 void show_text(std::string_view text, MessageKind kind, int number) {
   if ((debug_flags() & debug_bit::errors) != 0) debug_log("eprint : %s", text);
+  if (kind == MessageKind::error) latest_error() = text;
   if ((box_flags() & box_bit::none) != 0) return;
   if (platform().desk != nullptr) platform().desk->message(kind, number, text);
 }
+
+const std::string& last_error() { return latest_error(); }
 
 bool report_run_error(RunState& run, int number, MessageArgs args) {
   run.set(run_flag::stop_test);

@@ -73,6 +73,9 @@ int okcanph(int number, MessageArgs args = {});
 /// Shows a text that has its head already: to the log with the switch `errors`, then in a box unless box_bit::none.
 void show_text(std::string_view text, MessageKind kind, int number);
 
+/// The latest error that went through show_text, shown or not; empty before the first.
+const std::string& last_error();
+
 /// The queue of a procedure check holds this many lines; a further one is dropped and queue_add returns false.
 constexpr std::size_t queue_limit = 16;
 bool queue_add(std::string_view text);

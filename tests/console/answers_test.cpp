@@ -21,6 +21,7 @@ TEST(Answers, FaultsNameTheirLine) {
       {"set NAME\n", "1: \"set NAME = VALUE\" is expected"},
       {"set A = 1\n", "1: no answer follows the line \"set\""},
       {"*\nok\n", "2: \"*\" is the last line"},
+      {"*\nset A = 1\n", "2: \"*\" is the last line"},
   };
   for (const Case& c : cases) {
     Answers answers;
@@ -36,7 +37,8 @@ class ScriptedDesk : public test::EngineTest {
   void answer_with(std::string_view text) {
     std::string reason;
     ASSERT_TRUE(parse_answers(text, answers, reason)) << reason;
-    console = std::make_unique<ConsoleDesk>(&answers, transcript);
+    console = std::make_unique<ConsoleDesk>(transcript);
+    console->answer_from(&answers);
     ::testing::internal::CaptureStdout();
   }
   void TearDown() override { shown = ::testing::internal::GetCapturedStdout(); }
@@ -87,7 +89,7 @@ TEST_F(ScriptedDesk, EachWindowTakesTheNextAnswer) {
   EXPECT_EQ(typed, "");
   EXPECT_EQ(console->test(test_window()), answer::test_continue);
   EXPECT_EQ(console->lines(window()), answer::no);
-  EXPECT_TRUE(console->misfit().empty());
+  EXPECT_FALSE(console->misfit());
 }
 
 TEST_F(ScriptedDesk, CancelIsAnotherButtonInTheTestWindow) {
@@ -99,9 +101,10 @@ TEST_F(ScriptedDesk, CancelIsAnotherButtonInTheTestWindow) {
 TEST_F(ScriptedDesk, AnAnswerThatDoesNotFitEndsTheRun) {
   answer_with("\nok\nyes\n");
   EXPECT_EQ(console->lines(window()), answer::terminate);
-  EXPECT_EQ(
-      console->misfit(),
-      "the answer in line 2 does not fit the window \"Title\"; it offers 211 Yes, 212 No, 205 Terminate");
+  EXPECT_TRUE(console->misfit());
+  EXPECT_EQ(desk.last_message(),
+            "E30508: The answer in line 2 does not fit the window \"Title\"; it offers 211 Yes, 212 No, 205 "
+            "Terminate.");
   EXPECT_TRUE(abort_requested());
   // From then on every window is left, so that the run comes to its end.
   EXPECT_EQ(console->lines(window()), answer::terminate);
@@ -111,20 +114,33 @@ TEST_F(ScriptedDesk, AnAnswerThatDoesNotFitEndsTheRun) {
 TEST_F(ScriptedDesk, NoAnswerLeftIsTold) {
   answer_with("");
   EXPECT_EQ(console->test(test_window()), answer::test_term);
-  EXPECT_EQ(console->misfit(),
-            "no answer is left for the window \"Result\"; it offers 1001 Continue, 1002 Cancel");
+  EXPECT_TRUE(console->misfit());
+  EXPECT_EQ(desk.last_message(),
+            "E30507: No answer is left for the window \"Result\"; it offers 1001 Continue, 1002 Cancel.");
 }
 
 TEST_F(ScriptedDesk, MisfitsOfEveryKind) {
   for (const char* text : {"row 1\n", "repeat\n", "= text\n", "set A = 1\nyes\n", "999\n"}) {
     std::string reason;
     ASSERT_TRUE(parse_answers(text, answers, reason)) << reason;
-    ConsoleDesk other(&answers, transcript);
+    ConsoleDesk other(transcript);
+    other.answer_from(&answers);
     ::testing::internal::CaptureStdout();
     other.test(test_window());
     ::testing::internal::GetCapturedStdout();
-    EXPECT_FALSE(other.misfit().empty()) << text;
+    EXPECT_TRUE(other.misfit()) << text;
   }
+  ::testing::internal::CaptureStdout();
+}
+
+TEST_F(ScriptedDesk, AbortAtStandsAnywhere) {
+  std::string reason;
+  ASSERT_TRUE(parse_answers("abort-at 30\nset A = 1\nabort-at 7\nok\n*\nabort-at 20\n", answers, reason))
+      << reason;
+  EXPECT_EQ(answers.abort_at, (std::vector<std::uint64_t>{7, 20, 30}));
+  ASSERT_EQ(answers.list.size(), 1U);
+  EXPECT_EQ(answers.list[0].fields.size(), 1U);
+  EXPECT_TRUE(answers.defaults_follow);
   ::testing::internal::CaptureStdout();
 }
 

@@ -39,7 +39,7 @@ std::string header(const std::string& name) {
          " STEP    FSC    RANGE NOMINAL        TOLERANCE     MOD1        MOD2  3  4  CON\n";
 }
 
-std::string RunTest::line(int test, int step, std::string_view fsc, std::string_view text) {
+std::string source_line(int test, int step, std::string_view fsc, std::string_view text) {
   std::string out = formatted("%3d.%03d", test, step);
   out.resize(9, ' ');
   out += fsc;

@@ -9,6 +9,11 @@
 
 namespace orvane::test {
 
+/// The standard header of a test procedure.
+std::string header(const std::string& name);
+/// A source line: test number, FSC at its column, text at column 22.
+std::string source_line(int test, int step, std::string_view fsc, std::string_view text = {});
+
 class RunTest : public EngineTest {
  protected:
   RunTest();
@@ -20,14 +25,12 @@ class RunTest : public EngineTest {
   /// Runs a procedure; what run_test() returns.
   int go(const std::string& name);
 
-  /// A source line: test number, FSC at its column, text at column 22.
-  static std::string line(int test, int step, std::string_view fsc, std::string_view text);
+  static std::string line(int test, int step, std::string_view fsc, std::string_view text) {
+    return source_line(test, step, fsc, text);
+  }
 
   double mem() const { return run.registers.mem; }
   double m(std::size_t index) const { return run.registers.m[index]; }
 };
-
-/// The standard header of a test procedure.
-std::string header(const std::string& name);
 
 }  // namespace orvane::test

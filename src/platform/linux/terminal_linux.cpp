@@ -2,7 +2,9 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <string_view>
 
 #include "platform/terminal.h"
 
@@ -34,6 +36,13 @@ bool take_line(std::string& line) {
   return true;
 }
 
+// A line keeps its first bytes when it is too long.
+void take_block(std::string_view block) {
+  std::string& bytes = waiting();
+  if (bytes.size() >= line_limit) block.remove_prefix(std::min(block.find('\n'), block.size()));
+  bytes += block;
+}
+
 }  // namespace
 
 LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
@@ -54,7 +63,7 @@ LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
       waiting().clear();
       return line.empty() ? LineEnd::end : LineEnd::line;
     }
-    if (waiting().size() < line_limit) waiting().append(block, static_cast<std::size_t>(count));
+    take_block({block, static_cast<std::size_t>(count)});
   }
 }
 
@@ -67,8 +76,9 @@ void on_interrupt(void (*handler)()) {
   struct sigaction action {};
   action.sa_handler = on_signal;
   sigemptyset(&action.sa_mask);
-  ::sigaction(SIGINT, &action, nullptr);
-  ::sigaction(SIGTERM, &action, nullptr);
+  for (const int one : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(one, &action, nullptr);
 }
+
+void ignore_broken_pipes() { ::signal(SIGPIPE, SIG_IGN); }
 
 }  // namespace orvane

@@ -50,4 +50,6 @@ void on_interrupt(void (*handler)()) {
   ::SetConsoleCtrlHandler(on_console_event, TRUE);
 }
 
+void ignore_broken_pipes() {}  // there is no such signal
+
 }  // namespace orvane

@@ -1,0 +1,107 @@
+#include "system/laboratory.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "support/procedures.h"
+
+namespace orvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string read(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+}  // namespace
+
+LaboratoryTest::LaboratoryTest() {
+  std::string pattern = (fs::temp_directory_path() / "orvane-laboratory-XXXXXX").string();
+  folder = ::mkdtemp(pattern.data());
+  fs::create_directory(folder / "procedures");
+  fs::create_directory(folder / "work");
+  std::istringstream demo(read(ORVANE_SOURCE_DIR "/demo/orvane.ini"));
+  std::string text;
+  for (std::string one; std::getline(demo, one);)
+    text += (one.starts_with("ib_driver") ? "ib_driver = " + built("libgpibsim.so") : one) + "\n";
+  write("orvane.ini", text);
+}
+
+LaboratoryTest::~LaboratoryTest() {
+  std::error_code error;
+  fs::remove_all(folder, error);
+}
+
+void LaboratoryTest::demo() {
+  std::vector<std::string> words = {"compile"};
+  for (const auto& entry : fs::directory_iterator(ORVANE_SOURCE_DIR "/demo/source"))
+    words.push_back(entry.path());
+  std::sort(words.begin() + 1, words.end());
+  words.insert(words.end(), {"--procdir", path("procedures")});
+  const Ended compiled = run_process(ovproc(words));
+  ASSERT_EQ(compiled.status, 0) << compiled.err;
+}
+
+void LaboratoryTest::procedure(const std::string& name, const std::vector<std::string>& statements) {
+  std::string text = header(name);
+  for (const std::string& statement : statements) text += statement + "\n";
+  const Ended compiled = run_process(ovproc({"compile", "-", "--procdir", path("procedures")}), text);
+  ASSERT_EQ(compiled.status, 0) << compiled.err;
+}
+
+Command LaboratoryTest::ovrun(const std::vector<std::string>& words) const {
+  Command command;
+  command.words = {built("ovrun"), "--config", path("orvane.ini"), "--settings",     path("settings.ini"),
+                   "--mode",       "real",     "--transcript",     path("run.jsonl")};
+  command.words.insert(command.words.end(), words.begin(), words.end());
+  // No configuration of the person who runs the tests, no terminal of theirs.
+  command.environment = {{"ORVANE_BENCH", ORVANE_SOURCE_DIR "/demo/bench.txt"},
+                         {"HOME", path("home")},
+                         {"XDG_CONFIG_HOME", path("home/.config")},
+                         {"ORVANE_INI", ""},
+                         {"TERM", "xterm"}};
+  command.directory = folder.string();
+  return command;
+}
+
+Command LaboratoryTest::ovrun(const std::string& procedure, const std::string& answers) const {
+  write("answers.txt", answers);
+  return ovrun({"--answers", path("answers.txt"), "-run", procedure});
+}
+
+Command LaboratoryTest::ovproc(const std::vector<std::string>& words) const {
+  Command command{.words = {built("ovproc")}, .environment = {}, .directory = folder.string()};
+  command.words.insert(command.words.end(), words.begin(), words.end());
+  return command;
+}
+
+void LaboratoryTest::write(const std::string& name, std::string_view text) const {
+  std::ofstream(folder / name, std::ios::binary) << text;
+}
+
+std::string LaboratoryTest::contents(const std::string& name) const { return read(folder / name); }
+
+std::vector<nlohmann::json> LaboratoryTest::events(const std::string& event) const {
+  std::vector<nlohmann::json> list;
+  std::istringstream lines(contents("run.jsonl"));
+  for (std::string one; std::getline(lines, one);) {
+    nlohmann::json json = nlohmann::json::parse(one);
+    if (event.empty() || json["event"] == event) list.push_back(std::move(json));
+  }
+  return list;
+}
+
+std::vector<int> LaboratoryTest::message_numbers() const {
+  std::vector<int> numbers;
+  for (const nlohmann::json& event : events("message")) numbers.push_back(event["number"]);
+  return numbers;
+}
+
+}  // namespace orvane::test
