@@ -1,142 +1,369 @@
-// Every number that the sources report has its text, and the text's directives fit the call's arguments.
+// Every number that the sources report has a text, the text's directives fit what the call hands over, and no text
+// stands in the catalogue that nobody uses.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <optional>
 #include <regex>
 #include <set>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "messages/catalogue.h"
 
 namespace orvane {
 namespace {
 
-// A reporting function, and which of its arguments is the number; what follows are the message's arguments.
-struct Reporter {
-  const char* name;
-  std::size_t number;
-  bool packed;  // the arguments are a list of their own and are not counted
+namespace fs = std::filesystem;
+
+struct Source {
+  std::string name;  // below the project's folder
+  std::string text;  // comments blanked, so that places stay
 };
-constexpr Reporter reporters[] = {{"run_error", 1, false}, {"run_report", 2, false}, {"errp", 0, false},
-                                  {"msgp", 0, false},      {"warnp", 0, false},      {"msg", 0, false},
-                                  {"yesnoph", 0, true},    {"okcanph", 0, true},     {"show_error", 0, true}};
 
-std::string read(const std::filesystem::path& path) {
-  std::ostringstream out;
-  out << std::ifstream(path, std::ios::binary).rdbuf();
-  return out.str();
-}
-
-std::vector<std::filesystem::path> sources() {
-  std::vector<std::filesystem::path> found;
-  for (const char* folder : {"/src", "/apps"}) {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(std::string(ORVANE_SOURCE_DIR) + folder)) {
-      if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") found.push_back(entry.path());
+std::string without_comments(std::string text) {
+  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+    if (text[i] == '"' || text[i] == '\'') {
+      // A quote between digits groups them.
+      if (text[i] == '\'' && i > 0 && std::isalnum(static_cast<unsigned char>(text[i - 1])) != 0) continue;
+      const char quote = text[i];
+      for (++i; i < text.size() && text[i] != quote; ++i) i += text[i] == '\\' ? 1 : 0;
+    } else if (text[i] == '/' && text[i + 1] == '/') {
+      for (; i < text.size() && text[i] != '\n'; ++i) text[i] = ' ';
     }
   }
-  return found;
+  return text;
 }
 
-// The top-level arguments of the call whose opening parenthesis stands at `open`; none if it does not close.
-std::vector<std::string> arguments(const std::string& text, std::size_t open) {
-  std::vector<std::string> list(1);
+std::vector<Source> read_sources() {
+  const fs::path root = ORVANE_SOURCE_DIR;
+  std::vector<Source> sources;
+  for (const char* folder : {"src", "apps"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
+      if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") continue;
+      std::ifstream file(entry.path(), std::ios::binary);
+      std::ostringstream text;
+      text << file.rdbuf();
+      sources.push_back(
+          {entry.path().lexically_relative(root).generic_string(), without_comments(text.str())});
+    }
+  }
+  return sources;
+}
+
+// --- Calls -------------------------------------------------------------------------------------------------------
+
+// A function that takes a number: behind how many arguments, and how many stand between it and those of the text.
+struct Reporter {
+  std::string_view name;
+  std::size_t before;
+  std::size_t between;
+  bool packed;              // the text's arguments come as one array
+  std::string_view folder;  // where the name has this meaning
+};
+constexpr Reporter reporters[] = {
+    {"run_error", 1, 0, false, "src/"},
+    {"run_report", 2, 0, false, "src/"},
+    {"errp", 0, 0, false, "src/"},
+    {"msgp", 0, 0, false, "src/"},
+    {"warnp", 0, 0, false, "src/"},
+    {"msg", 0, 0, false, "src/"},
+    {"yesnoph", 0, 0, true, "src/"},
+    {"okcanph", 0, 0, true, "src/"},
+    {"show_error", 0, 1, true, "src/"},
+    {"catalogue_text", 0, 0, false, "src/"},
+    {"report", 0, 0, false, "src/functions/"},
+    {"add", 1, 0, false, "src/procedure/file/check.cpp"},
+};
+// Where these functions are made, one calls the other.
+constexpr std::string_view makers[] = {"src/state/report.h", "src/messages/catalogue.cpp",
+                                       "src/messages/catalogue.h", "src/values/math/function_row.h"};
+
+struct Call {
+  const Source* source = nullptr;
+  std::size_t at = 0;
+  const Reporter* reporter = nullptr;
+  std::vector<std::string> arguments;
+
+  std::string place() const {
+    const auto line =
+        std::count(source->text.begin(), source->text.begin() + static_cast<long>(at), '\n') + 1;
+    return source->name + ":" + std::to_string(line);
+  }
+};
+
+std::string trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \n\t");
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(" \n\t") - first + 1));
+}
+
+// The arguments between the bracket at `open` and its partner.
+std::vector<std::string> arguments_at(const std::string& text, std::size_t open) {
+  std::vector<std::string> arguments;
+  std::string one;
   int depth = 0;
-  char quote = 0;
   for (std::size_t i = open; i < text.size(); ++i) {
     const char c = text[i];
-    if (quote != 0) {
-      if (c == '\\') list.back() += text[i++];
-      if (c == quote) quote = 0;
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '(' || c == '{' || c == '[') {
-      if (++depth == 1) continue;
-    } else if (c == ')' || c == '}' || c == ']') {
-      if (--depth == 0) return list;
-    } else if (c == ',' && depth == 1) {
-      list.emplace_back();
+    if (c == '"') {
+      const std::size_t begin = i;
+      for (++i; i < text.size() && text[i] != '"'; ++i) i += text[i] == '\\' ? 1 : 0;
+      one += text.substr(begin, i - begin + 1);
       continue;
     }
-    list.back() += text[i];
+    const bool closes = c == ')' || c == ']' || c == '}';
+    if (closes && --depth == 0) break;
+    if (c == ',' && depth == 1) {
+      arguments.push_back(trimmed(one));
+      one.clear();
+    } else if (depth > 0) {
+      one += c;
+    }
+    if (c == '(' || c == '[' || c == '{') ++depth;
   }
+  if (!trimmed(one).empty()) arguments.push_back(trimmed(one));
+  return arguments;
+}
+
+std::vector<Call> calls_in(const Source& source) {
+  static const std::regex call_of(R"(\b(\w+)\()");
+  std::vector<Call> calls;
+  for (std::sregex_iterator at(source.text.begin(), source.text.end(), call_of), end; at != end; ++at) {
+    for (const Reporter& reporter : reporters) {
+      if (at->str(1) != reporter.name || !source.name.starts_with(reporter.folder)) continue;
+      const auto begin = static_cast<std::size_t>(at->position(0));
+      Call call{&source, begin, &reporter, arguments_at(source.text, begin + reporter.name.size())};
+      if (call.arguments.size() <= reporter.before) continue;
+      const bool declared = call.arguments[reporter.before].starts_with("int ");
+      const bool forwarded = call.arguments.back() == "args...";
+      if (declared || forwarded) continue;
+      calls.push_back(std::move(call));
+    }
+  }
+  return calls;
+}
+
+// --- Numbers -----------------------------------------------------------------------------------------------------
+
+bool is_number(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+// The numbers that an expression can be: a literal, a constant of the file, or a choice of two of these.
+std::vector<int> numbers_of(const std::string& expression, const Source& source) {
+  if (is_number(expression)) return {std::stoi(expression)};
+  const std::size_t question = expression.find('?');
+  const std::size_t colon = expression.rfind(" : ");
+  if (question != std::string::npos && colon != std::string::npos) {
+    std::vector<int> first =
+        numbers_of(trimmed(expression.substr(question + 1, colon - question - 1)), source);
+    const std::vector<int> second = numbers_of(trimmed(expression.substr(colon + 3)), source);
+    if (first.empty() || second.empty()) return {};
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+  }
+  std::smatch match;
+  const bool word = std::regex_match(expression, std::regex(R"(\w+)"));
+  if (word && std::regex_search(source.text, match, std::regex("\\b" + expression + R"( = (\d{3,})\b)")))
+    return {std::stoi(match.str(1))};
   return {};
 }
 
-std::size_t directives(std::string_view text) {
-  std::size_t count = 0;
-  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+// Calls whose number comes from elsewhere: the expression at the call and where its numbers stand. Each number is the
+// first group of the pattern in its file. `kinds`: what the call hands over, d integer, s text, g real.
+struct Table {
+  std::string_view file;
+  std::string_view expression;
+  std::string_view numbers_in;
+  const char* numbers;
+  std::string_view kinds;
+};
+constexpr const char* math_codes = "src/values/math/codes.cpp";
+constexpr const char* bus = "src/instruments/bus_statements.cpp";
+constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
+const Table tables[] = {
+    {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), true\})", "s"},
+    {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},
+    {"src/functions/register_functions.cpp", "message", "src/functions/register_functions.cpp",
+     R"(\b[mls]_message = (\d+))", "ddd"},
+    {bus, "wrong != 0 ? wrong : 1904", bus, R"(return (190\d);)", "s"},
+    {bus, "wrong != 0 ? wrong : 1904", bus, R"(wrong : (\d+))", "s"},
+    {bus, "is_name ? 2929 : wrong", bus, R"(is_name \? (\d+))", "s"},
+    {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})", ""},
+    {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(return (404);)",
+     "s"},
+    {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(\? (408) : 0)",
+     "s"},
+    {"src/procedure/run/blocks.cpp", "message", "src/procedure/run/blocks.cpp", R"(\}, (72\d\d)\})", ""},
+    {"src/procedure/run/post_test.cpp", "message", "src/procedure/run/post_test.cpp",
+     R"(stop_reason_bit::\w+, (\d+)\})", "s"},
+    {"src/procedure/run/post_test.cpp", "message", "src/procedure/run/post_test.cpp",
+     R"(plain_stop_message = (\d+))", "s"},
+    {dialog, "row.caption", dialog, R"(\{answer::test_\w+, (\d+)\})", ""},
+    {dialog, "row.label", dialog, R"(\{(71\d\d), &DecisionBlock::)", ""},
+    {"src/state/buttons.cpp", "label_messages[row - 1]", "src/state/buttons.cpp", R"([{ ]([89]\d\d)[,}])",
+     ""},
+};
+
+// --- Texts -------------------------------------------------------------------------------------------------------
+
+char kind_of_conversion(char conversion) {
+  if (std::string_view("diuxXoc").find(conversion) != std::string_view::npos) return 'd';
+  if (std::string_view("eEfFgG").find(conversion) != std::string_view::npos) return 'g';
+  return conversion;
+}
+
+// The kinds that a text takes, in order: "sd". A "%" that begins no directive is '%'.
+std::string directives_of(std::string_view text) {
+  std::string kinds;
+  for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '%') continue;
-    if (text[i + 1] != '%') {
-      ++count;
-      const std::size_t end = text.find_first_of("diuxXocsfFeEgG", i);
-      count += static_cast<std::size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(i),
-                                                   text.begin() + static_cast<std::ptrdiff_t>(std::min(end, text.size())), '*'));
+    if (text.substr(i).starts_with("%%")) {
+      ++i;
+      continue;
     }
-    ++i;
+    const std::size_t end = text.find_first_not_of("-+ #0123456789.hlLqjzt", i + 1);
+    const char conversion = end == std::string_view::npos ? '%' : text[end];
+    const bool known = std::string_view("diuxXoceEfFgGs").find(conversion) != std::string_view::npos;
+    kinds += known ? kind_of_conversion(conversion) : '%';
   }
-  return count;
+  return kinds;
 }
 
-// The numbers that an argument may stand for: a literal, or the branches of a condition.
-std::vector<int> numbers(const std::string& argument) {
-  static const std::regex literal(R"(^\s*(?:[^?]*\?)?\s*(\d{2,5})\s*(?::\s*(\d{2,5})\s*)?$)");
+// Names and what they are declared as; '?' for a name that is declared as several things.
+using Names = std::map<std::string, char>;
+
+void note_declarations(const Source& source, Names& names) {
+  static const std::regex declaration(
+      R"(\b(std::string_view|std::string|char\*|int|std::size_t|std::u?int\d+_t|long|unsigned|double)&? (\w+)\b)");
+  for (std::sregex_iterator at(source.text.begin(), source.text.end(), declaration), end; at != end; ++at) {
+    const std::string type = at->str(1);
+    const char kind = type == "double"                                      ? 'g'
+                      : type.starts_with("std::s") && type != "std::size_t" ? 's'
+                                                                            : 'd';
+    const char noted = type == "char*" ? 's' : kind;
+    const auto [entry, added] = names.emplace(at->str(2), noted);
+    if (!added && entry->second != noted) entry->second = '?';
+  }
+}
+
+// What an argument is, as far as its text and the declarations of names tell; '?' otherwise.
+char kind_of_argument(const std::string& argument, const Names& own, const Names& everywhere) {
+  static const std::regex integer(
+      R"(-?\d+|.*(\.|->)(size|length|count)\(\)|static_cast<(int|unsigned|long)>.*)");
+  static const std::regex real(R"(-?\d+\.\d*(e-?\d+)?)");
+  static const std::regex text(
+      R"(".*"|.*_name\(.*\)|std::string(_view)?\(.*\)|.*\.(str|string|substr)\(.*\))");
+  static const std::regex name(R"((\w+(\.|->))*(\w+))");
+  if (std::regex_match(argument, integer)) return 'd';
+  if (std::regex_match(argument, real)) return 'g';
+  if (std::regex_match(argument, text)) return 's';
   std::smatch match;
-  std::vector<int> found;
-  if (!std::regex_match(argument, match, literal)) return found;
-  for (std::size_t i = 1; i < match.size(); ++i) {
-    if (match[i].matched) found.push_back(std::stoi(match[i]));
+  if (!std::regex_match(argument, match, name)) return '?';
+  for (const Names* names : {&own, &everywhere}) {
+    if (const auto at = names->find(match.str(3)); at != names->end()) return at->second;
   }
-  return found;
+  return '?';
 }
 
-class MessageSources : public ::testing::Test {
+bool kinds_fit(const std::string& directives, const std::string& given) {
+  return directives.size() == given.size() &&
+         std::equal(directives.begin(), directives.end(), given.begin(), [](char wanted, char got) {
+           return got == '?' || wanted == got || (wanted == 'g' && got == 'd');
+         });
+}
+
+class Sources : public ::testing::Test {
  protected:
-  void SetUp() override {
+  static void SetUpTestSuite() {
     std::string reason;
     ASSERT_TRUE(catalogue_load(ORVANE_SOURCE_DIR "/messages/en.txt", reason)) << reason;
   }
+
+  void check(int number, const std::string& given, const std::string& place) {
+    used.insert(number);
+    const std::string_view text = catalogue_text(number);
+    EXPECT_FALSE(text.empty()) << place << ": message " << number << " has no text";
+    if (text.empty() || given == "*") return;
+    EXPECT_TRUE(kinds_fit(directives_of(text), given))
+        << place << ": message " << number << " \"" << text << "\" is given \"" << given << "\"";
+  }
+
+  void check_call(const Call& call) {
+    const std::string& expression = call.arguments[call.reporter->before];
+    std::string given = call.reporter->packed ? "*" : "";
+    const std::size_t first = call.reporter->before + 1 + call.reporter->between;
+    if (call.reporter->packed && call.arguments.size() <= first) given.clear();
+    Names own_names;
+    note_declarations(*call.source, own_names);
+    for (std::size_t i = first; !call.reporter->packed && i < call.arguments.size(); ++i)
+      given += kind_of_argument(call.arguments[i], own_names, names);
+    all_kinds += given.size();
+    known_kinds +=
+        static_cast<std::size_t>(std::count_if(given.begin(), given.end(), [](char c) { return c != '?'; }));
+    const std::vector<int> numbers = numbers_of(expression, *call.source);
+    for (const int number : numbers) check(number, given, call.place());
+    if (!numbers.empty()) return;
+    const bool known = std::any_of(std::begin(tables), std::end(tables), [&](const Table& table) {
+      return table.file == call.source->name && table.expression == expression;
+    });
+    EXPECT_TRUE(known) << call.place() << ": where does the number \"" << expression
+                       << "\" come from? Add a row to the tables of this test.";
+    calls_of_tables.insert(call.source->name + " " + expression);
+  }
+
+  void check_table(const Table& table) {
+    EXPECT_TRUE(calls_of_tables.contains(std::string(table.file) + " " + std::string(table.expression)))
+        << table.file << ": no call has the number \"" << table.expression << "\" any more";
+    const auto source = std::find_if(sources.begin(), sources.end(),
+                                     [&](const Source& one) { return one.name == table.numbers_in; });
+    ASSERT_NE(source, sources.end()) << table.numbers_in;
+    const std::regex pattern(table.numbers);
+    int count = 0;
+    for (std::sregex_iterator at(source->text.begin(), source->text.end(), pattern), end; at != end;
+         ++at, ++count)
+      check(std::stoi(at->str(1)), std::string(table.kinds), std::string(table.numbers_in));
+    EXPECT_GT(count, 0) << table.numbers_in << ": no number fits " << table.numbers;
+  }
+
+  std::vector<Source> sources = read_sources();
+  Names names;
+  std::set<int> used;
+  std::set<std::string> calls_of_tables;
+  std::size_t known_kinds = 0, all_kinds = 0;
 };
 
-TEST_F(MessageSources, EveryReportHasATextThatFitsItsArguments) {
-  int calls = 0;
-  for (const std::filesystem::path& path : sources()) {
-    const std::string text = read(path);
-    for (const Reporter& reporter : reporters) {
-      const std::regex call("(?:^|[^A-Za-z0-9_])" + std::string(reporter.name) + R"(\s*\()");
-      for (std::sregex_iterator at(text.begin(), text.end(), call), end; at != end; ++at) {
-        const std::vector<std::string> given =
-            arguments(text, static_cast<std::size_t>(at->position() + at->length() - 1));
-        if (given.size() <= reporter.number) continue;
-        for (const int number : numbers(given[reporter.number])) {
-          ++calls;
-          const std::string_view words = catalogue_text(number);
-          const std::string where = path.filename().string() + ": message " + std::to_string(number);
-          EXPECT_FALSE(words.empty()) << where << " has no text";
-          if (words.empty() || reporter.packed) continue;
-          EXPECT_EQ(directives(words), given.size() - reporter.number - 1) << where << ": " << words;
-        }
-      }
+// Texts that no source uses yet, with the reason why they stand.
+const std::map<int, std::string_view> reserved = {
+    {2501, "the floating-point trap: faults are seen in results, there is no handler that could fail"},
+    {7120, "label of the status in the desktop's test window"},
+    {7121, "label of the explanation in the desktop's test window"},
+};
+
+TEST_F(Sources, EveryNumberHasATextThatFitsAndEveryTextIsUsed) {
+  std::size_t calls = 0;
+  for (const Source& source : sources) note_declarations(source, names);
+  for (const Source& source : sources) {
+    if (std::find(std::begin(makers), std::end(makers), source.name) != std::end(makers)) continue;
+    for (const Call& call : calls_in(source)) {
+      check_call(call);
+      ++calls;
     }
   }
-  EXPECT_GT(calls, 150) << "the calls were not found";
-}
+  EXPECT_GT(calls, 150U) << "the calls are not found any more";
+  EXPECT_GT(known_kinds * 10, all_kinds * 7) << "what the calls hand over is not recognised any more";
+  for (const Table& table : tables) check_table(table);
 
-TEST_F(MessageSources, EveryTextIsUsed) {
-  // The floating-point trap of 2501 is a test of results here; 7120 and 7121 label fields of other test windows.
-  const std::set<int> reserved = {2501, 7120, 7121};
-  std::set<int> literals;
-  const std::regex number(R"((?:^|[^A-Za-z0-9_.])(\d{2,5})(?![A-Za-z0-9_.]))");
-  for (const std::filesystem::path& path : sources()) {
-    const std::string text = read(path);
-    for (std::sregex_iterator at(text.begin(), text.end(), number), end; at != end; ++at)
-      literals.insert(std::stoi((*at)[1]));
-  }
-  std::istringstream lines(read(ORVANE_SOURCE_DIR "/messages/en.txt"));
-  for (std::string line; std::getline(lines, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    const int one = std::stoi(line);
-    EXPECT_TRUE(literals.count(one) != 0 || reserved.count(one) != 0) << "no source reports message " << one;
+  for (int number = 0; number < 100000; ++number) {
+    const bool there = !catalogue_text(number).empty();
+    const bool is_reserved = reserved.contains(number);
+    EXPECT_FALSE(there && !used.contains(number) && !is_reserved)
+        << "message " << number << " \"" << catalogue_text(number) << "\" is used by nobody";
+    EXPECT_FALSE(is_reserved && used.contains(number)) << "message " << number << " is not reserved any more";
   }
 }
 

@@ -41,7 +41,7 @@ TEST_F(Stops, AnInterruptEndsAnEndlessLoop) {
     const auto start = std::chrono::steady_clock::now();
     process.signal(number);
     const Ended ended = process.wait();
-    EXPECT_LT(seconds_since(start), 1.0);
+    EXPECT_LT(seconds_since(start), 10.0);  // at once, on a machine however loaded
     EXPECT_EQ(ended.status, 2) << "signal " << number << ": " << ended.signal;
     EXPECT_EQ(ended.err, "");
     EXPECT_NE(ended.out.find("Tests: 1. Failed: 0."), std::string::npos) << ended.out;
@@ -63,10 +63,10 @@ TEST_F(Stops, WithTermAllowedAnInterruptAsks) {
   const nlohmann::json dialog = events("window").back();
   EXPECT_EQ(dialog["kind"], "test");
   EXPECT_EQ(dialog["answer"], 1007);
-  // The statement that was in hand.
+  // The statement that was in hand; the heading itself may still have been.
   const std::string text = dialog["lines"][0];
   EXPECT_TRUE(text.find("WHILE") != std::string::npos || text.find("MATH") != std::string::npos ||
-              text.find("ENDW") != std::string::npos)
+              text.find("ENDW") != std::string::npos || text.find("HEAD") != std::string::npos)
       << text;
 }
 
