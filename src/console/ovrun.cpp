@@ -20,7 +20,7 @@ namespace orvane {
 namespace {
 
 constexpr int exit_pass = 0, exit_fail = 1, exit_given_up = 2, exit_failed = 3;
-constexpr std::size_t answers_limit = 16U << 20;
+constexpr std::size_t megabyte = 1U << 20, answers_limit = 4 * megabyte;
 constexpr int catalogue_missing = 30500;  // has no text: there is no catalogue to take it from
 
 void out_line(const std::string& utf8) { std::fprintf(stdout, "%s\n", utf8.c_str()); }
@@ -44,7 +44,7 @@ bool read_answers(const std::string& path, Answers& answers) {
   std::string text, reason;
   const bool read =
       path == "-" ? read_input(answers_limit, text) : read_file(path, answers_limit, text) == ReadResult::ok;
-  if (!read) return errp(30505, path);
+  if (!read) return errp(30505, path, answers_limit / megabyte);
   return parse_answers(text, answers, reason) || errp(30510, path + ":" + reason);
 }
 

@@ -165,6 +165,40 @@ TEST_F(Ovrun, AFaultOfTheStartIsOneLineWithItsNumberAndWhatToDo) {
   EXPECT_EQ(message_numbers(), (std::vector{501, 501}));  // both keys stand in the sound part already
 }
 
+TEST_F(Ovrun, WithoutTheMessageTextsTheFaultIsToldAllTheSame) {
+  std::filesystem::copy_file(built("ovrun"), folder / "ovrun");
+  Command command = ovrun({"-run", "nothing"});
+  command.words[0] = path("ovrun");
+  const Ended ended = run_process(command);
+  EXPECT_EQ(ended.status, 3);
+  EXPECT_EQ(ended.err, "E30500: " + path("messages/en.txt") +
+                           ": the message texts are missing; install them beside the program\n");
+  command.words = {path("ovrun"), "--version"};
+  EXPECT_EQ(run_process(command).status, 0);
+}
+
+TEST_F(Ovrun, TheQuestionBeforeADemonstration) {
+  procedure("short", {source_line(1, 1, "END")});
+  std::string text = contents("orvane.ini");
+  text.replace(text.find("rt_demo_prompt = NO"), 19, "rt_demo_prompt = YES");
+  write("orvane.ini", text);
+  struct Case {
+    const char* answers;
+    int status;
+    int run_test;
+  };
+  for (const Case& c : {Case{"yes\n", 0, 1}, Case{"no\n", 2, 2}, Case{"", 3, 0}}) {
+    Command command = ovrun("short", c.answers);
+    *std::find(command.words.begin(), command.words.end(), "real") = "demo";
+    EXPECT_EQ(run_process(command).status, c.status) << c.answers;
+    EXPECT_EQ(events("run").back()["run_test"], c.run_test) << c.answers;
+  }
+  Command command = ovrun({"-run", "short"});
+  *std::find(command.words.begin(), command.words.end(), "real") = "demo";
+  EXPECT_EQ(run_process(command).status, 2) << "end of input gives the run up";
+  EXPECT_EQ(contents("settings.ini"), "") << "a demonstration leaves no marker";
+}
+
 TEST_F(Ovrun, CheckConfigPrintsEveryKeyAndEveryFault) {
   write("orvane.ini",
         "[startup]\nprocdir = procedures\n\noot_lim = 20\ntur_lim = none\nptitle_l = 10 \xC2\xB5V\n");
