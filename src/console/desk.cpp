@@ -380,6 +380,8 @@ int ConsoleDesk::choose(const ChoiceWindow& window, std::size_t& row) {
   return resolve(waiting);
 }
 
+int ConsoleDesk::form(FormWindow&) { return answer::failed; }
+
 int ConsoleDesk::test(const TestWindow& window) {
   Waiting waiting{.kind = "test", .title = window.title, .lines = {}, .buttons = {}, .is_test = true};
   split_lines(window.status_text, waiting.lines);

@@ -32,11 +32,15 @@ class ConsoleDesk : public Operator {
   int lines(const LinesWindow& window) override;
   int ask(const AskWindow& window, std::string& text) override;
   int choose(const ChoiceWindow& window, std::size_t& row) override;
+  int form(FormWindow& window) override;
   int test(const TestWindow& window) override;
   std::unique_ptr<WaitWindow> wait(const WaitText& text) override;
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
   void result_note(std::string_view text, int colour) override;
+  void run_begins(const RunBoard&) override {}
+  void enable_abort_menu(bool) override {}
+  void progress(const RunProgress&) override {}
 
   void print(std::string_view line);       // one line of standard output, Windows-1252
   void tell_fault(std::string_view text);  // one line of standard error, Windows-1252

@@ -19,11 +19,15 @@ class ReportCollector : public Operator {
   int lines(const LinesWindow&) override { return answer::failed; }
   int ask(const AskWindow&, std::string&) override { return answer::failed; }
   int choose(const ChoiceWindow&, std::size_t&) override { return answer::failed; }
+  int form(FormWindow&) override { return answer::failed; }
   int test(const TestWindow&) override { return answer::failed; }
   std::unique_ptr<WaitWindow> wait(const WaitText&) override { return std::make_unique<NoWindow>(); }
   void status(int, std::string_view) override {}
   void result(const ResultLine&) override {}
   void result_note(std::string_view, int) override {}
+  void run_begins(const RunBoard&) override {}
+  void enable_abort_menu(bool) override {}
+  void progress(const RunProgress&) override {}
 
  private:
   struct NoWindow : WaitWindow {

@@ -6,7 +6,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -42,7 +44,29 @@ enum class WindowKind {
   settings,
   test,
   listing,
-  choice
+  choice,
+  form,
+  required,
+  connections,
+  slew,
+  login,
+  postrun,
+  viewer,
+  print
+};
+
+/// Where a picture stands on the screen, in percent of its width and height, 0 to 99; 0 by 0 is the picture's own
+/// size.
+struct PictureFrame {
+  int x = 0, y = 0, width = 0, height = 0;
+};
+
+/// A picture that is shown beside the lines. The file may be absent or no picture: the front end then says so in
+/// the picture's place, and the window goes on.
+struct Picture {
+  std::string path;
+  std::string title;  // "UUT Front View", or empty
+  std::optional<PictureFrame> frame = {};
 };
 
 /// Lines of text with up to max_buttons buttons.
@@ -52,6 +76,7 @@ struct LinesWindow {
   std::string title;
   std::vector<std::string> lines;
   std::vector<Button> buttons;
+  std::optional<Picture> picture = {};
 };
 
 /// A prompt for a text of at most `length` characters.
@@ -64,19 +89,55 @@ struct AskWindow {
   bool echo = true;
 };
 
-/// A list of which one row is chosen. Rows are asked for as they are shown.
+/// A list of which one row is chosen. Rows are asked for as they are shown; tabs part the columns of a row.
 class RowSource {
  public:
   virtual ~RowSource() = default;
   virtual std::size_t count() const = 0;
   virtual std::string row(std::size_t index) const = 0;
+  /// A result_colour for the row, 0 for the plain one.
+  virtual int colour(std::size_t /*index*/) const { return 0; }
 };
 struct ChoiceWindow {
   WindowKind kind = WindowKind::choice;
   std::string title;
+  std::string headings;             // of the columns, parted by tabs; empty: a plain list
+  bool filter = false;              // the operator may narrow the list by typing
   const RowSource* rows = nullptr;  // owned by the caller, alive while the window is
   std::size_t first_row = 0;        // the row that is selected at the start
   std::vector<Button> buttons;
+};
+
+/// A form of fields, and what each of them takes.
+enum class FieldKind {
+  note,  // only text, nothing to fill in
+  text,
+  number,  // with an optional fraction and exponent
+  integer,
+  date,    // YYYY-MM-DD
+  choice,  // one of `choices`
+  check    // "YES" or "NO"
+};
+struct FormField {
+  std::string name;
+  std::string label;
+  FieldKind kind = FieldKind::text;
+  std::size_t length = 0;           // at most so many characters; 0: no limit of its own
+  std::optional<double> low, high;  // of numbers
+  bool required = false;
+  bool read_only = false;
+  std::vector<std::string> choices;
+  std::string text;  // comes in as the first text and goes out as what was entered
+};
+struct FormWindow {
+  WindowKind kind = WindowKind::form;
+  std::string title;
+  std::vector<std::string> lines;  // above the fields
+  std::vector<FormField> fields;
+  std::vector<Button> buttons;  // the first one takes the entries
+  /// Why the field cannot be taken as it stands, in words; empty if it can. With a fault in any field the first
+  /// button tells it, goes to that field and keeps the window open. Never unset.
+  std::function<std::string(const FormField& field)> fault;
 };
 
 struct LabelledText {
@@ -129,6 +190,23 @@ struct ResultLine {
   std::string line2;
   std::string status_text;
   int colour = 0;
+  std::string columns = {};  // for the results window, parted by tabs: number, range, UUT indicated, system
+                        // actual, C, modifier, error, percent of tolerance
+  std::optional<double> percent = {};  // of tolerance, signed; none where the test has no number
+};
+
+/// What is about to run.
+struct RunBoard {
+  std::string procedure;
+  std::string revision;
+  bool test_run = false;  // started by the editor
+};
+
+/// How far a run has come. A count of 0 is not known.
+struct RunProgress {
+  std::size_t statement = 0, statements = 0;  // of the main procedure
+  std::size_t test = 0, tests = 0;            // of the main procedure
+  std::uint32_t seconds = 0;                  // since the run began
 };
 
 class Operator {
@@ -142,6 +220,8 @@ class Operator {
   virtual int ask(const AskWindow& window, std::string& text) = 0;
   /// `row` is set when the answer is the first button.
   virtual int choose(const ChoiceWindow& window, std::size_t& row) = 0;
+  /// The texts of the fields come in and go out.
+  virtual int form(FormWindow& window) = 0;
   virtual int test(const TestWindow& window) = 0;
   /// Never null.
   virtual std::unique_ptr<WaitWindow> wait(const WaitText& text) = 0;
@@ -151,6 +231,12 @@ class Operator {
   virtual void result(const ResultLine& line) = 0;
   /// A line of the results board that belongs to no evaluation: a heading, a comment, a stop.
   virtual void result_note(std::string_view text, int colour) = 0;
+  /// A run begins: the results board is cleared.
+  virtual void run_begins(const RunBoard& board) = 0;
+  /// While a run is on, Abort is offered and every other command is not.
+  virtual void enable_abort_menu(bool run_is_on) = 0;
+  /// At most ten times a second while a run is on.
+  virtual void progress(const RunProgress& progress) = 0;
 };
 
 }  // namespace orvane

@@ -67,29 +67,57 @@ Reply Desk::next(const std::vector<Button>& buttons, int without_default) {
     return reply;
   }
   for (const Button& button : buttons) {
-    if (button.is_default) return {button.code, {}, 0};
+    if (button.is_default) return {button.code, {}, 0, {}};
   }
-  return {buttons.empty() ? without_default : buttons.front().code, {}, 0};
+  return {buttons.empty() ? without_default : buttons.front().code, {}, 0, {}};
 }
 
 void Desk::message(MessageKind kind, int number, std::string_view text) {
-  shown.push_back({.kind = name_of(kind), .number = number, .title = {}, .lines = {std::string(text)}, .buttons = {}, .test = {}});
+  shown.push_back({.kind = name_of(kind),
+                   .number = number,
+                   .title = {},
+                   .lines = {std::string(text)},
+                   .buttons = {},
+                   .test = {},
+                   .form = {},
+                   .picture = {}});
 }
 
 int Desk::lines(const LinesWindow& window) {
-  shown.push_back({.kind = "lines", .number = 0, .title = window.title, .lines = window.lines, .buttons = window.buttons, .test = {}});
+  shown.push_back({.kind = "lines",
+                   .number = 0,
+                   .title = window.title,
+                   .lines = window.lines,
+                   .buttons = window.buttons,
+                   .test = {},
+                   .form = {},
+                   .picture = window.picture});
   return next(window.buttons, answer::ok).code;
 }
 
 int Desk::ask(const AskWindow& window, std::string& text) {
-  shown.push_back({.kind = "ask", .number = 0, .title = window.title, .lines = window.lines, .buttons = window.buttons, .test = {}});
+  shown.push_back({.kind = "ask",
+                   .number = 0,
+                   .title = window.title,
+                   .lines = window.lines,
+                   .buttons = window.buttons,
+                   .test = {},
+                   .form = {},
+                   .picture = {}});
   const Reply reply = next(window.buttons, answer::ok);
   text = reply.text.substr(0, window.length);
   return reply.code;
 }
 
 int Desk::choose(const ChoiceWindow& window, std::size_t& row) {
-  Shown one{.kind = "choose", .number = 0, .title = window.title, .lines = {}, .buttons = window.buttons, .test = {}};
+  Shown one{.kind = "choose",
+            .number = 0,
+            .title = window.title,
+            .lines = {},
+            .buttons = window.buttons,
+            .test = {},
+            .form = {},
+            .picture = {}};
   for (std::size_t i = 0; i < window.rows->count(); ++i) one.lines.push_back(window.rows->row(i));
   shown.push_back(std::move(one));
   const Reply reply = next(window.buttons, answer::ok);
@@ -97,8 +125,48 @@ int Desk::choose(const ChoiceWindow& window, std::size_t& row) {
   return reply.code;
 }
 
+// A first button with a field at fault takes the next reply, as the operator would be asked again.
+int Desk::form(FormWindow& window) {
+  for (;;) {
+    Shown one{.kind = "form",
+              .number = 0,
+              .title = window.title,
+              .lines = window.lines,
+              .buttons = window.buttons,
+              .test = {},
+              .form = window,
+              .picture = {}};
+    shown.push_back(std::move(one));
+    const Reply reply = next(window.buttons, answer::ok);
+    for (const auto& [name, text] : reply.fields) {
+      bool found = false;
+      for (FormField& field : window.fields) {
+        if (field.name != name) continue;
+        field.text = text;
+        found = true;
+      }
+      if (!found) ADD_FAILURE() << "the form has no field " << name;
+    }
+    if (reply.code != window.buttons.front().code) return reply.code;
+    std::string fault;
+    for (const FormField& field : window.fields) {
+      if (fault.empty()) fault = window.fault(field);
+    }
+    if (fault.empty()) return reply.code;
+    shown.back().lines.push_back(fault);
+    if (replies.empty()) return answer::terminate;
+  }
+}
+
 int Desk::test(const TestWindow& window) {
-  Shown one{.kind = "test", .number = 0, .title = window.title, .lines = {window.status_text}, .buttons = {}, .test = window};
+  Shown one{.kind = "test",
+            .number = 0,
+            .title = window.title,
+            .lines = {window.status_text},
+            .buttons = {},
+            .test = window,
+            .form = {},
+            .picture = {}};
   for (const TestWindow::TestButton& button : window.buttons) {
     if (button.enabled) one.buttons.push_back(button.button);
   }
@@ -107,7 +175,14 @@ int Desk::test(const TestWindow& window) {
 }
 
 std::unique_ptr<WaitWindow> Desk::wait(const WaitText& text) {
-  shown.push_back({.kind = "wait", .number = 0, .title = text.title, .lines = {text.text}, .buttons = {}, .test = {}});
+  shown.push_back({.kind = "wait",
+                   .number = 0,
+                   .title = text.title,
+                   .lines = {text.text},
+                   .buttons = {},
+                   .test = {},
+                   .form = {},
+                   .picture = {}});
   const bool pressed = press_abort_in_wait && text.abort_button;
   if (pressed) press_abort_in_wait = false;
   return std::make_unique<WaitDouble>(shown, shown.size() - 1, pressed);

@@ -19,16 +19,19 @@ struct Reply {
   int code = answer::failed;
   std::string text;
   std::size_t row = 0;
+  std::vector<std::pair<std::string, std::string>> fields = {};  // of a form: name and text
 };
 
 /// One window or message as it was shown.
 struct Shown {
-  std::string kind;  // "error", "warning", "information", "lines", "ask", "choose", "test", "wait"
+  std::string kind;  // "error", "warning", "information", "lines", "ask", "choose", "form", "test", "wait"
   int number = 0;
   std::string title;
   std::vector<std::string> lines;
   std::vector<Button> buttons;  // of a test window: the enabled ones
   TestWindow test;
+  FormWindow form;  // as it came in
+  std::optional<Picture> picture;
 };
 
 /// Answers windows from `replies`, in order. A window without a reply left gets its default button (the first button
@@ -40,6 +43,9 @@ class Desk : public Operator {
   std::vector<std::pair<int, std::string>> status_rows;
   std::vector<ResultLine> results;
   std::vector<std::string> notes;
+  std::vector<RunBoard> runs;
+  std::vector<bool> abort_menu;
+  std::vector<RunProgress> progress_shown;
 
   /// The numbers of the messages shown so far.
   std::vector<int> message_numbers() const;
@@ -47,17 +53,23 @@ class Desk : public Operator {
   std::string last_message() const;
   /// The windows of a kind that were shown.
   std::vector<Shown> of_kind(const std::string& kind) const;
-  void reply(int code, std::string text = {}, std::size_t row = 0) { replies.push_back({code, std::move(text), row}); }
+  void reply(int code, std::string text = {}, std::size_t row = 0) {
+    replies.push_back({code, std::move(text), row});
+  }
 
   void message(MessageKind kind, int number, std::string_view text) override;
   int lines(const LinesWindow& window) override;
   int ask(const AskWindow& window, std::string& text) override;
   int choose(const ChoiceWindow& window, std::size_t& row) override;
+  int form(FormWindow& window) override;
   int test(const TestWindow& window) override;
   std::unique_ptr<WaitWindow> wait(const WaitText& text) override;
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
   void result_note(std::string_view text, int colour) override;
+  void run_begins(const RunBoard& board) override { runs.push_back(board); }
+  void enable_abort_menu(bool run_is_on) override { abort_menu.push_back(run_is_on); }
+  void progress(const RunProgress& progress) override { progress_shown.push_back(progress); }
 
   bool press_abort_in_wait = false;  // the next please-wait window has its Abort pressed
 
