@@ -6,6 +6,7 @@
 #include "procedure/file/columns.h"
 #include "procedure/file/compile_parts.h"
 #include "procedure/file/field_codes.h"
+#include "procedure/file/modifier_forms.h"
 #include "procedure/file/statement_form.h"
 #include "state/fsc.h"
 #include "values/numbers.h"
@@ -407,17 +408,32 @@ bool read_nothing(SourceLine& line, FscRecord&) {
   return blank_range(line) && blank_behind(line, column::text);
 }
 
-bool refuse_modifier(SourceLine& line, FscRecord& record) {
-  const std::string name(fsc_name(fsc_ordinal(record.get(field::code))));
-  return line.refuse(line.adjustment ? column::adjustment_fsc : column::fsc,
-                     "the compiler does not know the columns of \"" + name + "\"");
+// Each column reaches up to the next one of its model. A line of an adjustment block has its name where the first
+// word would stand.
+bool read_modifier(SourceLine& line, FscRecord& record) {
+  const std::span<const ModifierColumn> columns = modifier_columns(record.get(field::code));
+  if (columns.empty()) return read_nothing(line, record);
+  if (!line.adjustment && columns.front().column > column::range &&
+      !line.blank(column::range, columns.front().column, nothing_behind))
+    return false;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const ModifierColumn& one = columns[i];
+    if (line.adjustment && one.column == column::range) continue;
+    const std::size_t end = i + 1 < columns.size() ? columns[i + 1].column : column::end;
+    std::string_view text;
+    FieldFault fault;
+    if (!line.field(one.column, end, "this field", text)) return false;
+    if (!modifier_column_from_text(text, one, record, fault))
+      return line.refuse(one.column, std::move(fault));
+  }
+  return true;
 }
 
 // In the order of StatementForm.
 constexpr bool (*form_readers[])(SourceLine&, FscRecord&) = {
     read_nothing,    read_text,     read_eval, read_jump,   read_jump_name, read_jump_zero,
     read_arithmetic, read_exchange, read_ask,  read_con,    read_draw,      read_rng,
-    read_acc,        read_memc,     read_accf, read_target, read_standard,  refuse_modifier};
+    read_acc,        read_memc,     read_accf, read_target, read_standard,  read_modifier};
 static_assert(std::size(form_readers) == static_cast<std::size_t>(StatementForm::count));
 
 }  // namespace

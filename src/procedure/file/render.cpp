@@ -6,6 +6,7 @@
 #include "procedure/file/columns.h"
 #include "procedure/file/field_codes.h"
 #include "procedure/file/field_text.h"
+#include "procedure/file/modifier_forms.h"
 #include "procedure/file/statement_form.h"
 #include "state/fsc.h"
 #include "values/numbers.h"
@@ -175,13 +176,18 @@ void put_standard(Line& line, const FscRecord& record) {
   line.put(column::con, con_word(record.get(field::con)));
 }
 
+void put_modifier(Line& line, const FscRecord& record) {
+  for (const ModifierColumn& column : modifier_columns(record.get(field::code)))
+    line.put(column.column, modifier_column_text(record, column));
+}
+
 void put_nothing(Line&, const FscRecord&) {}
 
 // In the order of StatementForm.
 constexpr void (*form_writers[])(Line&, const FscRecord&) = {
     put_nothing,    put_text,     put_eval, put_jump,   put_jump_name, put_jump_zero,
     put_arithmetic, put_exchange, put_ask,  put_con,    put_draw,      put_rng,
-    put_acc,        put_memc,     put_accf, put_target, put_standard,  put_nothing};
+    put_acc,        put_memc,     put_accf, put_target, put_standard,  put_modifier};
 static_assert(std::size(form_writers) == static_cast<std::size_t>(StatementForm::count));
 
 void put_statement(Line& line, const FscRecord& record) {

@@ -16,6 +16,7 @@
 #include "procedure/run/flow.h"
 #include "settings/vset.h"
 #include "state/debug.h"
+#include "state/error_log.h"
 #include "state/report.h"
 #include "values/math/math.h"
 #include "values/numbers.h"
@@ -30,6 +31,7 @@ bool read_configuration(RunState& run, const std::string& path) {
   config_report(faults);
   if (!sound) return false;
   const StartupConfig& config = startup_config();
+  error_log_use(config.error_log);
   set_compare_epsilon(config.epsfactor);
   math_environment().conversion_precision = config.MathConvPrecision;
   if (config.tur_lim >= 0) run.flags2 |= run_flag2::uncertainty;
@@ -86,6 +88,7 @@ void engine_make_safe() { ib_end_of_run(run_state()); }
 void engine_stop() {
   free_all_procedures();
   debug_log_close();
+  error_log_use({});
 }
 
 }  // namespace orvane

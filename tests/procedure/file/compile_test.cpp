@@ -86,7 +86,6 @@ TEST(Compile, FaultsOfOneLine) {
       {"  1.001  DISP         \x01", 23, "a control character"},
       {"# " + x79, 80, "the line is longer than 79 columns"},
       {statement("1.001", "DISP", x79), 80, "the line is longer than 79 columns"},
-      {statement("1.001", "M3458", "RNGLK"), 10, "the compiler does not know the columns of \"M3458\""},
       {statement("1.001", "CALL"), 23, "the name of a procedure is missing"},
       {statement("1.001", "CALL", std::string(56, 'n')), 78, "a procedure's name has at most 55 characters"},
       {statement("1.001", "LABEL"), 23, "the name of the label is missing"},
