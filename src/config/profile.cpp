@@ -19,6 +19,7 @@ struct Line {
   Kind kind = Kind::other;
   std::size_t begin = 0;
   std::size_t end = 0;  // behind the line end
+  int number = 0;       // from 1
   std::string name;     // of the section or the key
   std::string value;
 };
@@ -52,6 +53,7 @@ class LineWalk {
     if (at_ >= text_.size()) return false;
     line = Line();
     line.begin = at_;
+    line.number = ++number_;
     const std::size_t line_end = std::min(text_.find('\n', at_), text_.size());
     line.end = std::min(line_end + 1, text_.size());
     std::string_view raw = text_.substr(at_, line_end - at_);
@@ -64,6 +66,7 @@ class LineWalk {
  private:
   std::string_view text_;
   std::size_t at_ = 0;
+  int number_ = 0;
 };
 
 // Where a key stands in a text, or where it would go.
@@ -72,25 +75,29 @@ struct Place {
   bool key_found = false;
   std::size_t begin = 0;  // the key's line, or the empty place for a new one
   std::size_t end = 0;
+  int line = 0;
   std::string value;
 };
 
 Place find_key(std::string_view text, std::string_view section, std::string_view key) {
   Place place;
-  bool inside = false;
-  bool first_section = false;
+  bool inside = section.empty();
+  bool first_section = inside;
+  place.section_found = inside;
   LineWalk walk(text);
   for (Line line; walk.next(line);) {
     if (line.kind == Line::Kind::section) {
       inside = same_word(line.name, section);
       first_section = inside && !place.section_found;
-      if (first_section) place = {.section_found = true, .begin = line.end, .end = line.end, .value = {}};
+      if (first_section)
+        place = {.section_found = true, .begin = line.end, .end = line.end, .line = 0, .value = {}};
     } else if (inside && line.kind == Line::Kind::entry) {
       if (same_word(line.name, key))
         return {.section_found = true,
                 .key_found = true,
                 .begin = line.begin,
                 .end = line.end,
+                .line = line.number,
                 .value = line.value};
       if (first_section) place.begin = place.end = line.end;
     }
@@ -137,13 +144,31 @@ bool put(const std::string& path, std::string_view section, std::string_view key
 
 }  // namespace
 
-std::optional<std::string> profile_get(const std::string& path, std::string_view section,
-                                       std::string_view key) {
+std::optional<ProfileValue> profile_find(const std::string& path, std::string_view section,
+                                         std::string_view key) {
   std::string text;
   if (read_file(path, file_limit, text) != ReadResult::ok) return std::nullopt;
   Place place = find_key(text, section, key);
   if (!place.key_found) return std::nullopt;
-  return std::move(place.value);
+  return ProfileValue{.value = std::move(place.value), .line = place.line};
+}
+
+std::optional<std::string> profile_get(const std::string& path, std::string_view section,
+                                       std::string_view key) {
+  std::optional<ProfileValue> found = profile_find(path, section, key);
+  if (!found) return std::nullopt;
+  return std::move(found->value);
+}
+
+std::optional<std::string> profile_section_of(const std::string& path, std::string_view key) {
+  std::string text, section;
+  if (read_file(path, file_limit, text) != ReadResult::ok) return std::nullopt;
+  LineWalk walk(text);
+  for (Line line; walk.next(line);) {
+    if (line.kind == Line::Kind::section) section = line.name;
+    if (line.kind == Line::Kind::entry && same_word(line.name, key)) return section;
+  }
+  return std::nullopt;
 }
 
 bool profile_put(const std::string& path, std::string_view section, std::string_view key,

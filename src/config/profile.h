@@ -5,7 +5,7 @@
 //   procedure = DMM 4 1/2 DIGITS
 //
 // Sections and keys are compared without regard to case; of a key that stands twice in a section the first
-// counts. A value that begins and ends with a double quote is what stands between. Files are UTF-8, or
+// counts. The section "" is what stands above the first bracket. A value that begins and ends with a double quote is what stands between. Files are UTF-8, or
 // Windows-1252 line by line where they are not UTF-8; a line that is written is UTF-8.
 #pragma once
 
@@ -18,6 +18,17 @@ namespace orvane {
 /// The value of a key; nothing if the file, the section or the key is not there or the file cannot be read.
 std::optional<std::string> profile_get(const std::string& path, std::string_view section,
                                        std::string_view key);
+
+/// The same with the line on which it stands, from 1.
+struct ProfileValue {
+  std::string value;
+  int line = 0;
+};
+std::optional<ProfileValue> profile_find(const std::string& path, std::string_view section,
+                                         std::string_view key);
+
+/// The section in which a key stands first; nothing if it stands nowhere.
+std::optional<std::string> profile_section_of(const std::string& path, std::string_view key);
 
 /// Sets a key. Every other line stays as it is, in its order, with its line end; a new key goes behind the
 /// last key of its section, a new section to the end. A missing file and its folder are made; the file is

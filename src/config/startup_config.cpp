@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <optional>
 
+#include "config/config_parts.h"
 #include "config/key_table.h"
 #include "config/line_reader.h"
+#include "config/profile.h"
 #include "config/value_grammar.h"
 #include "messages/encoding.h"
 #include "platform/files.h"
@@ -18,17 +20,6 @@ constexpr std::size_t file_limit = 1 << 20;
 constexpr std::size_t line_limit = 395, key_limit = 130, value_limit = 256;
 constexpr std::size_t path_limit = 4096;
 
-// What is known of each key beside its value, by row.
-struct KeyState {
-  int line = 0;  // 0: not seen
-  std::string typed;
-};
-
-struct Loaded {
-  StartupConfig config;
-  std::string path;
-  std::vector<KeyState> keys;
-};
 Loaded& loaded() {
   static Loaded state;
   return state;
@@ -60,23 +51,6 @@ void store_text(const KeyRow& row, std::string_view value, StartupConfig& config
   }
 }
 
-bool store_value(const KeyRow& row, std::string_view value, StartupConfig& config) {
-  if (row.parser != nullptr) return row.parser(value, config);
-  if (row.text != nullptr) {
-    store_text(row, value, config);
-    return true;
-  }
-  const NumberForm form = row.real != nullptr ? NumberForm::real : NumberForm::short_integer;
-  const std::optional<double> number = value_by_grammar(row.grammar, value, form);
-  if (!number) return false;
-  if (row.real != nullptr) {
-    config.*row.real = *number;
-  } else {
-    config.*row.word = static_cast<std::int16_t>(*number);
-  }
-  return true;
-}
-
 std::string default_text(const KeyRow& row) {
   static const StartupConfig defaults;
   if (row.text != nullptr) return defaults.*row.text;
@@ -88,14 +62,6 @@ std::string default_text(const KeyRow& row) {
 }
 
 // ---- Reading ----
-
-struct Reading {
-  Loaded& into;
-  std::vector<ConfigFault>& faults;
-  std::string file;  // as shown
-
-  void fault(int number, std::string text) { faults.push_back({.number = number, .text = std::move(text)}); }
-};
 
 // Takes a line apart at its first "=". False if a part is longer than it may be.
 bool split_line(std::string_view line, std::string_view& key, std::string_view& value) {
@@ -116,13 +82,14 @@ void take_line(Reading& reading, std::string_view line, int number) {
   if (index < 0) return;
   const KeyRow& row = config_keys()[static_cast<std::size_t>(index)];
   KeyState& state = reading.into.keys[static_cast<std::size_t>(index)];
-  if (state.line != 0) {
-    reading.fault(501, msg(501, reading.file, number, row.name, state.line));
+  if (const int first = state.line; first != 0) {
+    reading.fault(501, msg(501, reading.file, number, row.name, first));
     return;
   }
   state.line = number;
+  state.file = reading.into.path;
   state.typed = cp1252_from_either(value);
-  if (!store_value(row, value, reading.into.config))
+  if (!store_config_value(row, value, reading.into.config))
     reading.fault(505, msg(505, reading.file, number, state.typed, row.name, row.grammar));
 }
 
@@ -148,25 +115,6 @@ void check_required(Reading& reading) {
   }
 }
 
-// Folders without which nothing can run.
-void check_folders(Reading& reading) {
-  struct Row {
-    std::string_view key;
-    std::string StartupConfig::*folder;
-    int number;
-  };
-  static constexpr Row rows[] = {{"procdir", &StartupConfig::procdir, 548},
-                                 {"workdir", &StartupConfig::workdir, 553}};
-  for (const Row& row : rows) {
-    const std::size_t index = static_cast<std::size_t>(find_config_key(row.key));
-    const std::string& folder = reading.into.config.*row.folder;
-    if (reading.into.keys[index].line == 0 || is_directory(folder)) continue;
-    const std::string shown = cp1252_from_either(folder);
-    reading.fault(row.number,
-                  row.number == 548 ? msg(548, reading.file, shown) : msg(553, reading.file, shown));
-  }
-}
-
 bool read_text(Reading& reading, std::string& text) {
   switch (read_file(reading.into.path, file_limit, text)) {
     case ReadResult::ok: break;
@@ -180,6 +128,34 @@ bool read_text(Reading& reading, std::string& text) {
 
 }  // namespace
 
+bool store_config_value(const KeyRow& row, std::string_view value, StartupConfig& config) {
+  if (row.parser != nullptr) return row.parser(value, config);
+  if (row.text != nullptr) {
+    store_text(row, value, config);
+    return true;
+  }
+  const NumberForm form = row.real != nullptr ? NumberForm::real : NumberForm::short_integer;
+  const std::optional<double> number = value_by_grammar(row.grammar, value, form);
+  if (!number) return false;
+  if (row.real != nullptr) {
+    config.*row.real = *number;
+  } else {
+    config.*row.word = static_cast<std::int16_t>(*number);
+  }
+  return true;
+}
+
+void note_written_key(std::string_view key, std::string_view value) {
+  const auto index = static_cast<std::size_t>(find_config_key(key));
+  const KeyRow& row = config_keys()[index];
+  Loaded& into = loaded();
+  if (!store_config_value(row, value, into.config)) return;
+  KeyState& state = into.keys[index];
+  const std::optional<std::string> section = profile_section_of(into.path, key);
+  const auto place = profile_find(into.path, section.value_or(""), key);
+  state = {.line = place ? place->line : 0, .file = into.path, .typed = cp1252_from_either(value)};
+}
+
 StartupConfig& startup_config() { return loaded().config; }
 const std::string& config_path() { return loaded().path; }
 
@@ -192,7 +168,9 @@ bool config_load(const std::string& path, std::vector<ConfigFault>& faults) {
   if (!read_text(reading, text)) return false;
   take_text(reading, text);
   check_required(reading);
-  check_folders(reading);
+  check_together(reading);
+  check_paths(reading);
+  take_guardband_file(reading);
   for (std::size_t i = before; i < faults.size(); ++i) {
     if (!faults[i].warning) return false;
   }
@@ -211,7 +189,11 @@ std::vector<ConfigValue> config_values() {
   const std::vector<KeyState>& keys = loaded().keys;
   std::vector<ConfigValue> values;
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    ConfigValue value{.key = rows[i].name, .text = {}, .line = i < keys.size() ? keys[i].line : 0};
+    ConfigValue value{.key = rows[i].name, .text = {}, .line = 0, .file = {}};
+    if (i < keys.size()) {
+      value.line = keys[i].line;
+      value.file = keys[i].file;
+    }
     if (value.line == 0) {
       value.text = default_text(rows[i]);
     } else if (!(rows[i].has(key_flag::none_unsets) && same_word(keys[i].typed, "none"))) {

@@ -119,6 +119,9 @@ struct ConfigFault {
 /// Sets every key to its default, then reads the file. All faults are collected, nothing is reported; a key
 /// that is at fault keeps its default. False if there is a fault that is no warning.
 ///
+/// Behind the keys come the checks of keys that belong together, of every path, and the guardband keys that the file
+/// of "gb_init" gives where this one does not.
+///
 /// What hangs on a key but lies above this room is for the caller: set_compare_epsilon(epsfactor), and
 /// run_flag2::uncertainty where tur_lim is not negative.
 [[nodiscard]] bool config_load(const std::string& path, std::vector<ConfigFault>& faults);
@@ -134,9 +137,14 @@ const std::string& config_path();
 struct ConfigValue {
   std::string_view key;
   std::string text;
-  int line = 0;  // of config_path(); 0 for a default
+  int line = 0;      // 0 for a default
+  std::string file;  // in which the line stands: config_path(), or the file of the key "gb_init"
 };
 std::vector<ConfigValue> config_values();
+
+/// The family of the system that the key "winsys" names, or the one that was found: Linux counts as windows_nt.
+enum class SystemFamily : std::int16_t { windows_31 = 1, windows_95, windows_nt, windows_98, windows_2000 };
+SystemFamily system_family(const StartupConfig& config);
 
 /// A file of the working folder: "rslt.tmp" and the others.
 std::string work_file(std::string_view name);

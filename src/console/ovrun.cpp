@@ -70,7 +70,7 @@ int check_config(const std::string& path) {
   std::vector<ConfigFault> faults;
   const bool sound = config_load(path, faults);
   for (const ConfigValue& value : config_values()) {
-    const std::string origin = value.line > 0 ? path + ":" + std::to_string(value.line) : "default";
+    const std::string origin = value.line > 0 ? value.file + ":" + std::to_string(value.line) : "default";
     out_line(std::string(value.key) + " = " + utf8_from_cp1252(value.text) + "    (" + origin + ")");
   }
   for (const ConfigFault& fault : faults)

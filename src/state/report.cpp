@@ -5,6 +5,7 @@
 
 #include "platform/platform.h"
 #include "state/debug.h"
+#include "state/error_log.h"
 #include "state/fsc.h"
 
 namespace orvane {
@@ -43,6 +44,7 @@ int ask_by_number(int number, MessageArgs args, std::vector<Button> buttons) {
 void show_text(std::string_view text, MessageKind kind, int number) {
   if ((debug_flags() & debug_bit::errors) != 0) debug_log("eprint : %s", text);
   if (kind == MessageKind::error) latest_error() = text;
+  if (kind != MessageKind::information) error_log_line(text);
   if ((box_flags() & box_bit::none) != 0) return;
   if (platform().desk != nullptr) platform().desk->message(kind, number, text);
 }

@@ -70,7 +70,8 @@ bool show_error(int number, int system_error, MessageArgs args = {});
 int yesnoph(int number, MessageArgs args = {});
 int okcanph(int number, MessageArgs args = {});
 
-/// Shows a text that has its head already: to the log with the switch `errors`, then in a box unless box_bit::none.
+/// Shows a text that has its head already: to the debug log with the switch `errors`, to the error
+/// log unless it is information, then in a box unless box_bit::none.
 void show_text(std::string_view text, MessageKind kind, int number);
 
 /// The latest error that went through show_text, shown or not; empty before the first.

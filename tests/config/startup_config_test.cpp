@@ -14,8 +14,8 @@ namespace {
 class Configuration : public test::EngineTest {
  protected:
   Configuration() {
-    std::filesystem::create_directory(folder / "procs");
-    std::filesystem::create_directory(folder / "work");
+    for (const char* name : {"acc", "help", "pics", "procs", "work"})
+      std::filesystem::create_directory(folder / name);
   }
   ~Configuration() override { startup_config() = StartupConfig(); }
 

@@ -186,6 +186,7 @@ constexpr const char* math_codes = "src/values/math/codes.cpp";
 constexpr const char* bus = "src/instruments/bus_statements.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
 const Table tables[] = {
+    {"src/config/startup_checks.cpp", "row.number", "src/config/startup_checks.cpp", R"(, (\d+), Need::)", "ss"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), true\})", "s"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},
     {"src/functions/register_functions.cpp", "message", "src/functions/register_functions.cpp",

@@ -1,6 +1,10 @@
 #include "state/report.h"
 
+#include <algorithm>
+#include <regex>
+
 #include "state/debug.h"
+#include "state/error_log.h"
 #include "support/desk.h"
 
 namespace orvane {
@@ -107,6 +111,26 @@ TEST_F(Report, ASystemFaultHasTheSystemsWords) {
   show_error(8, 2);
   EXPECT_TRUE(desk.last_message().starts_with("E8: Plain.\n")) << desk.last_message();
   EXPECT_GT(desk.last_message().size(), std::string("E8: Plain.\n").size());
+}
+
+TEST_F(Report, ErrorsAndWarningsAreAppendedToTheErrorLog) {
+  const std::string path = (folder / "errors.log").string();
+  error_log_use(path);
+  errp(7, 1, "first");
+  warnp(7, 1, "second \xB5");
+  msgp(8);
+  const std::string log = contents(path);
+  EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2);
+  EXPECT_TRUE(
+      std::regex_match(log, std::regex("(\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d [EW]7: [^\n]*\n)+")))
+      << log;
+  EXPECT_NE(log.find("second \xC2\xB5"), std::string::npos);
+  error_log_use((folder / "nowhere" / "errors.log").string());
+  errp(7, 1, "third");
+  errp(7, 1, "fourth");
+  const std::vector<int> shown = desk.message_numbers();
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), 30321), 1) << "a log that cannot be written is told once";
+  error_log_use({});
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 namespace orvane::test {
 
-/// Its folders are `procs` and `work` beside the file; the test makes them.
+/// Its folders are `acc`, `help`, `pics`, `procs` and `work` beside the file; the test makes them.
 inline std::string sound_configuration() {
   return "[startup]\n"
          "accdir = acc\nbcf =\nconfig =\ncorrectdir = none\nfail_prompt = none\nhelpdir = help\n"

@@ -1,0 +1,10 @@
+#include "platform/local_time.h"
+
+namespace orvane {
+
+std::tm local_time(std::time_t moment) {
+  std::tm parts{};
+  return ::localtime_s(&parts, &moment) == 0 ? parts : std::tm{};
+}
+
+}  // namespace orvane
