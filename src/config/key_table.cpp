@@ -324,9 +324,10 @@ constexpr KeyRow rows[] = {
     text("db_report_text8", optional, &Config::db_report_text8),
 
     text("ib_driver", optional | library, &Config::ib_driver),
+    text("com_names", optional, &Config::com_names),
 };
 // clang-format on
-static_assert(std::size(rows) == 215);
+static_assert(std::size(rows) == 216);
 
 }  // namespace
 

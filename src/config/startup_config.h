@@ -98,6 +98,7 @@ struct StartupConfig {
 
   // Our own keys.
   std::string ib_driver = default_ib_driver;  // the IEEE-488 driver library, by name or path
+  std::string com_names;  // how the system names COM1, COM2 and so on, with commas between them
 
 #ifdef _WIN32
   static constexpr const char* default_ib_driver = "gpib-32.dll";

@@ -8,6 +8,7 @@
 namespace orvane {
 
 class Operator;
+class SerialSystem;
 
 /// Time and sleep. The tick counter counts milliseconds and wraps after 2^32 of them (49.7 days).
 class Clock {
@@ -27,9 +28,10 @@ class EventLoop {
 };
 
 struct Platform {
-  Operator* desk = nullptr;     // none: messages are lost and every window fails
-  Clock* clock = nullptr;       // never null: the system's clock until another one is set
-  EventLoop* events = nullptr;  // none: a turn does nothing
+  Operator* desk = nullptr;        // none: messages are lost and every window fails
+  Clock* clock = nullptr;          // never null: the system's clock until another one is set
+  EventLoop* events = nullptr;     // none: a turn does nothing
+  SerialSystem* serial = nullptr;  // none: the ports of the system
 };
 
 Platform& platform();

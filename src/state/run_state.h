@@ -14,6 +14,7 @@
 #include "state/bus_state.h"
 #include "state/fsc_record.h"
 #include "state/math_store.h"
+#include "state/serial_state.h"
 #include "state/test_values.h"
 
 namespace orvane {
@@ -165,6 +166,7 @@ struct RunState {
   std::vector<std::pair<std::string, std::string>> uut_settings;  // of SET
   ResultLog log;
   IeeeState ieee;
+  SerialState serial;
   std::vector<TestOutcome> outcomes;
   std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order
   std::string procedure_name;           // of the running procedure, as shown

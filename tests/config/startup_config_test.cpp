@@ -95,7 +95,7 @@ TEST_F(Configuration, ValuesDefaultsAndOrigins) {
   }
   EXPECT_EQ(config_values().size(), config_keys().size());
   EXPECT_EQ(config_values().front().key, "accdir");
-  EXPECT_EQ(config_values().back().key, "ib_driver");
+  EXPECT_EQ(config_values().back().key, "com_names");
 }
 
 TEST_F(Configuration, AllFaultsAreToldEachWithItsPlace) {

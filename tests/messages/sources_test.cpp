@@ -186,6 +186,10 @@ constexpr const char* math_codes = "src/values/math/codes.cpp";
 constexpr const char* bus = "src/instruments/bus_statements.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
 const Table tables[] = {
+    {"src/instruments/comm.cpp", "row.number", "src/instruments/comm.cpp", R"(serial_fault::\w+, (\d+)\})", "d"},
+    {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp",
+     R"(\b(?:put_byte|send_settings|system_fault)\([^;]*?\b(77\d\d)\b)", "d"},
+    {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp", R"(first \? 7795 : (7796))", "d"},
     {"src/config/startup_checks.cpp", "row.number", "src/config/startup_checks.cpp", R"(, (\d+), Need::)", "ss"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), true\})", "s"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},

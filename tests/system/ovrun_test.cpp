@@ -213,7 +213,7 @@ TEST_F(Ovrun, CheckConfigPrintsEveryKeyAndEveryFault) {
         "ptitle_l = 10 \xC2\xB5V    (orvane.ini:6)\n", "MathConvPrecision = 13    (default)\n",
         "ib_driver = libgpib.so.0    (default)\n"})
     EXPECT_NE(("\n" + ended.out).find(std::string("\n") + line), std::string::npos) << line;
-  EXPECT_EQ(count_lines(ended.out), 215U);
+  EXPECT_EQ(count_lines(ended.out), 216U);
   EXPECT_NE(ended.err.find("orvane.ini:4: "), std::string::npos) << ended.err;
   EXPECT_NE(ended.err.find(" (message 505)\n"), std::string::npos) << ended.err;
   EXPECT_NE(ended.err.find("orvane.ini: the key \"workdir\" is missing"), std::string::npos) << ended.err;
