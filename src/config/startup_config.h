@@ -98,7 +98,9 @@ struct StartupConfig {
 
   // Our own keys.
   std::string ib_driver = default_ib_driver;  // the IEEE-488 driver library, by name or path
-  std::string com_names;  // how the system names COM1, COM2 and so on, with commas between them
+  std::string com_names;          // how the system names COM1, COM2 and so on, with commas between them
+  std::string rht_file;           // readings of temperature and humidity
+  std::int16_t rht_max_age = 60;  // minutes; 0: a reading of any age counts
 
 #ifdef _WIN32
   static constexpr const char* default_ib_driver = "gpib-32.dll";

@@ -118,6 +118,7 @@ class Session {
     }
     start_.config_path = options_.config.empty() ? default_config_path() : options_.config;
     start_.settings_path = options_.settings;
+    start_.recover = false;  // a list of names touches no instrument, and a run recovers by itself
     if (options_.mode == "demo") start_.mode = RunMode::demo;
     if (options_.mode == "real") start_.mode = RunMode::real;
     return options_.directory.empty() || enter_directory();

@@ -174,6 +174,7 @@ bool log_leave(RunState& run, std::string_view procedure) {
 bool log_adjust(RunState& run, int test, int step) {
   if (run.log.adjusted == test) return true;
   run.log.adjusted = test;
+  ++run.pipeline.adjustments;
   return log_line(run, test, step, log_letter::adjust,
                   formatted("%*sADJUST PERFORMED", procedure_indent, ""));
 }

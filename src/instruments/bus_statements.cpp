@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "config/startup_config.h"
+#include "instruments/bus_address.h"
 #include "instruments/ieee488.h"
 #include "platform/platform.h"
 #include "state/buttons.h"
@@ -18,30 +19,8 @@ namespace {
 constexpr std::uint32_t longest_delay = 3600000;  // milliseconds
 constexpr std::size_t demo_reply_limit = 73;
 constexpr std::size_t address_entry_limit = 7;
-constexpr std::uint32_t board_1_base = 100;
 
 // --- Addresses -------------------------------------------------------------------------------------------------
-
-// "n" or "n:s", n being 0 to 30 or 100 to 130. The number of what is wrong, or 0.
-int parse_address(std::string_view text, BusAddress& address) {
-  const std::size_t colon = text.find(':');
-  const auto number = element_number(text.substr(0, colon), 0, board_1_base + BusAddress::highest_primary);
-  if (!number) return 1903;
-  const std::uint32_t primary = *number >= board_1_base ? *number - board_1_base : *number;
-  if (primary > BusAddress::highest_primary) return 1904;
-  BusAddress parsed;
-  parsed.flags = BusAddress::board_valid | BusAddress::primary_valid;
-  parsed.board = *number >= board_1_base ? 1 : 0;
-  parsed.primary = static_cast<std::uint8_t>(primary);
-  if (colon != std::string_view::npos) {
-    const auto secondary = element_number(text.substr(colon + 1), 0, BusAddress::highest_secondary);
-    if (!secondary) return 1905;
-    parsed.flags |= BusAddress::secondary_valid;
-    parsed.secondary = static_cast<std::uint8_t>(*secondary);
-  }
-  address = parsed;
-  return 0;
-}
 
 bool board_exists(const RunState& run, const BusAddress& address) {
   return run.demo_mode || address.board < startup_config().ib_nport;
@@ -64,7 +43,7 @@ bool ask_address(RunState& run) {
       return false;
     }
     BusAddress address;
-    const int wrong = parse_address(trim_blanks(entry), address);
+    const int wrong = parse_bus_number(trim_blanks(entry), address);
     if (wrong == 0 && address.primary >= 1 && board_exists(run, address)) {
       run.ieee.current = run.ieee.saved = address;
       return true;
@@ -154,13 +133,14 @@ bool act_input_text(RunState& run, const FscRecord&, std::string_view argument) 
 // --- Other elements --------------------------------------------------------------------------------------------
 
 bool act_address(RunState& run, const FscRecord&, std::string_view argument) {
-  BusAddress address;
-  if (const int wrong = parse_address(argument, address); wrong != 0) {
-    const bool is_name = !argument.empty() && (argument[0] < '0' || argument[0] > '9');
-    return run_error(run, is_name ? 2929 : wrong, argument);
-  }
-  if (!board_exists(run, address)) return run_error(run, 30413, argument, startup_config().ib_nport);
-  run.ieee.current = run.ieee.saved = address;
+  DevAddress address;
+  if (const int wrong = parse_address(argument, AddressKind::bus, address); wrong != 0)
+    return run_error(run, wrong, argument);
+  if (!board_exists(run, address.bus)) return run_error(run, 30413, argument, startup_config().ib_nport);
+  run.ieee.current = address.bus;
+  // A number is the unit under test and stands for the statements behind this one; an alias is a standard.
+  const bool is_number = !argument.empty() && argument.front() >= '0' && argument.front() <= '9';
+  if (is_number) run.ieee.saved = address.bus;
   return true;
 }
 

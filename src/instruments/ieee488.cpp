@@ -213,6 +213,18 @@ bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status) {
   return true;
 }
 
+bool ib_reset_devices(RunState& run) {
+  if (!ib_init(run)) return false;
+  if (!ib_is_live(run)) return true;
+  for (int board = 0; board < boards(); ++board) {
+    // Without an address the clear goes to every device on the board.
+    const BusAddress all{BusAddress::board_valid | BusAddress::do_not_address,
+                         static_cast<std::uint8_t>(board), 0, 0};
+    if (!ib_clr(run, all)) return false;
+  }
+  return true;
+}
+
 void ib_end_of_run(RunState& run) {
   if (!ib_is_live(run) || !boards_configured) return;
   const GpibDriver* driver = gpib_driver();

@@ -42,6 +42,10 @@ int ib_timeout_code(std::uint32_t milliseconds);
 /// Serial poll; 1936 for a board other than 0 and 1.
 [[nodiscard]] bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status);
 
+/// Brings every device on every board to its start state: the boards are initialised as at the start of a run, and all
+/// devices get a device clear at once. False after a report.
+[[nodiscard]] bool ib_reset_devices(RunState& run);
+
 /// The end of a run: interface clear, so that no device is left addressed.
 void ib_end_of_run(RunState& run);
 

@@ -106,6 +106,7 @@ struct ChoiceWindow {
   const RowSource* rows = nullptr;  // owned by the caller, alive while the window is
   std::size_t first_row = 0;        // the row that is selected at the start
   std::vector<Button> buttons;
+  bool minimised = false;  // opens as an icon, where a front end has such a thing
 };
 
 /// A form of fields, and what each of them takes.

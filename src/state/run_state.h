@@ -14,6 +14,7 @@
 #include "state/bus_state.h"
 #include "state/fsc_record.h"
 #include "state/math_store.h"
+#include "state/pipeline_state.h"
 #include "state/serial_state.h"
 #include "state/test_values.h"
 
@@ -168,6 +169,7 @@ struct RunState {
   IeeeState ieee;
   SerialState serial;
   std::vector<TestOutcome> outcomes;
+  PipelineState pipeline;
   std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order
   std::string procedure_name;           // of the running procedure, as shown
   std::string run_name;                 // of the main procedure

@@ -78,6 +78,9 @@ constexpr Reporter reporters[] = {
     {"catalogue_text", 0, 0, false, "src/"},
     {"report", 0, 0, false, "src/functions/"},
     {"add", 1, 0, false, "src/procedure/file/check.cpp"},
+    {"refuse", 0, 0, false, "src/procedure/pipeline/data_entry.cpp"},
+    {"refuse_at", 1, 0, false, "src/procedure/pipeline/data_entry.cpp"},
+    {"climate_field", 1, 2, false, "src/procedure/pipeline/entry_forms.cpp"},
 };
 // Where these functions are made, one calls the other.
 constexpr std::string_view makers[] = {"src/state/report.h", "src/messages/catalogue.cpp",
@@ -184,6 +187,7 @@ struct Table {
 };
 constexpr const char* math_codes = "src/values/math/codes.cpp";
 constexpr const char* bus = "src/instruments/bus_statements.cpp";
+constexpr const char* addresses = "src/instruments/bus_address.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
 const Table tables[] = {
     {"src/instruments/comm.cpp", "row.number", "src/instruments/comm.cpp", R"(serial_fault::\w+, (\d+)\})", "d"},
@@ -195,9 +199,12 @@ const Table tables[] = {
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},
     {"src/functions/register_functions.cpp", "message", "src/functions/register_functions.cpp",
      R"(\b[mls]_message = (\d+))", "ddd"},
-    {bus, "wrong != 0 ? wrong : 1904", bus, R"(return (190\d);)", "s"},
+    {bus, "wrong != 0 ? wrong : 1904", addresses, R"(return (190\d);)", "s"},
     {bus, "wrong != 0 ? wrong : 1904", bus, R"(wrong : (\d+))", "s"},
-    {bus, "is_name ? 2929 : wrong", bus, R"(is_name \? (\d+))", "s"},
+    {bus, "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {"src/procedure/pipeline/scan_statements.cpp", "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {"src/procedure/pipeline/entry_forms.cpp", "label", "src/procedure/pipeline/entry_forms.cpp",
+     R"(\$", (3064\d),)", ""},
     {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})", ""},
     {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(return (404);)",
      "s"},

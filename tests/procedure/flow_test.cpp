@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "procedure/file/memory.h"
 #include "procedure/file/procedure.h"
 #include "procedure/pipeline/run_test.h"
 #include "procedure/run/blocks.h"
@@ -299,10 +300,20 @@ TEST_F(Flow, TheNinthLevelIsRefusedAndTheEighthGoesOn) {
   EXPECT_EQ(m(2), 9);
 }
 
+std::string lost_directory;
+
+// The scan finds what is missing; a callee may still be lost by the time of its CALL.
 TEST_F(Flow, AMissingCalleeStopsTheStatementAlone) {
-  procedure("Main", {"CALL Nowhere", "MATH M[1]=1", "END"});
+  procedure("Main", {"HEAD x", "CALL Sub", "MATH M[1]=1", "END"});
+  procedure("Sub", {"END"});
+  const HandlerRow losing_row{fsc::head, [](Statement& s) {
+                                free_all_but((*s.procedure)->name);
+                                return std::filesystem::remove(lost_directory);
+                              }};
+  dispatch_install({&losing_row, 1});
+  lost_directory = (folder / "proc.dir").string();
   EXPECT_EQ(go("Main"), run_result::finished);
-  EXPECT_EQ(desk.message_numbers(), std::vector<int>{905});
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{911});
   EXPECT_EQ(desk.of_kind("test").size(), 1u);
   EXPECT_EQ(m(1), 1);
 }

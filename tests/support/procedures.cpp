@@ -19,6 +19,7 @@ RunTest::RunTest() {
   config.workdir = folder.string();
   config.oot_lim = 200;
   config.rt_demo_prompt = 0;
+  config.database = 0;
   use_user_settings((folder / "settings.ini").string());
   engine_install();
   free_all_procedures();
@@ -73,6 +74,15 @@ void RunTest::procedure(const std::string& name, const std::vector<std::string>&
   source(text);
 }
 
-int RunTest::go(const std::string& name) { return run_test(run, name); }
+int RunTest::go(const std::string& name) {
+  const int result = run_test(run, name);
+  closing_note = 0;
+  std::erase_if(desk.shown, [this](const Shown& one) {
+    const bool is_note = one.number == 5019 || one.number == 5020;
+    if (is_note) closing_note = one.number;
+    return is_note;
+  });
+  return result;
+}
 
 }  // namespace orvane::test

@@ -22,8 +22,9 @@ class RunTest : public EngineTest {
   void procedure(const std::string& name, const std::vector<std::string>& lines);
   /// Compiles a whole source text and adds the procedure.
   void source(const std::string& text);
-  /// Runs a procedure; what run_test() returns.
+  /// Runs a procedure; what run_test() returns. The note that closes a demonstration is taken out of what was shown.
   int go(const std::string& name);
+  int closing_note = 0;  // its number, 0 without one
 
   static std::string line(int test, int step, std::string_view fsc, std::string_view text) {
     return source_line(test, step, fsc, text);

@@ -7,11 +7,12 @@
 #include "config/user_settings.h"
 #include "evaluation/handlers.h"
 #include "functions/functions.h"
+#include "instruments/bench.h"
 #include "instruments/bus_statements.h"
-#include "instruments/ieee488.h"
 #include "platform/files.h"
 #include "procedure/file/memory.h"
 #include "procedure/operator/statements.h"
+#include "procedure/pipeline/run_ends.h"
 #include "procedure/run/dispatch.h"
 #include "procedure/run/flow.h"
 #include "settings/vset.h"
@@ -80,10 +81,12 @@ bool engine_start(RunState& run, const EngineStart& start) {
                                                 : start.settings_path);
   if (!open_debug_log(path)) return false;
   run.demo_mode = demo_mode(start.mode);
+  // Instruments that cannot be reset now are reset as the next run begins, or it does not begin.
+  if (start.recover) static_cast<void>(recover_died_run(run));
   return true;
 }
 
-void engine_make_safe() { ib_end_of_run(run_state()); }
+void engine_make_safe() { bench_end(run_state()); }
 
 void engine_stop() {
   free_all_procedures();

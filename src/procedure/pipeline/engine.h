@@ -13,6 +13,8 @@ struct EngineStart {
   std::string config_path;    // empty: found as the documentation tells
   std::string settings_path;  // empty: "settings.ini" in the user's configuration directory
   RunMode mode = RunMode::from_settings;
+  bool recover =
+      true;  // after a run that died all instruments are reset at once; otherwise as the next run begins
 };
 
 /// The place of the startup configuration when none is named: $ORVANE_INI, else "orvane.ini" in the user's

@@ -2,11 +2,13 @@
 
 #include "config/startup_config.h"
 #include "functions/functions.h"
+#include "platform/platform.h"
 #include "procedure/run/blocks.h"
 #include "procedure/run/capture.h"
 #include "settings/vset.h"
 #include "state/pump.h"
 #include "state/report.h"
+#include "state/run_variables.h"
 #include "values/math/math.h"
 #include "values/math/variables.h"
 #include "values/registers.h"
@@ -45,6 +47,10 @@ void reset_calls(RunState& run) {
 void reset_abort(RunState&) { clear_abort(); }
 void reset_bus(RunState& run) { run.ieee = IeeeState(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
+void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
+void reset_times(RunState& run) {
+  run.pipeline.times.first_ticks = run.pipeline.times.last_ticks = platform().clock->ticks();
+}
 
 constexpr RunResetRow rows[] = {
     {"picture frame", reset_draw, ResetWhen::full},
@@ -53,6 +59,7 @@ constexpr RunResetRow rows[] = {
     {"places in text files", clear_file_functions, ResetWhen::full},
     {"option letters", reset_options, ResetWhen::full},
     {"settings of the unit under test", reset_settings_list, ResetWhen::full},
+    {"report variables", run_variables_restart, ResetWhen::full},
     {"outcomes", reset_outcomes, ResetWhen::full},
     {"run-time variables", reset_vset, ResetWhen::full},
     {"message queue", reset_messages, ResetWhen::full},
@@ -64,6 +71,8 @@ constexpr RunResetRow rows[] = {
     {"quantity slots", release_quantities, ResetWhen::always},
     {"MATH variables", mvar_clear, ResetWhen::always},
     {"pending notes", reset_notes, ResetWhen::always},
+    {"count of adjustments", reset_adjustments, ResetWhen::always},
+    {"times", reset_times, ResetWhen::always},
     {"bus statements", reset_bus, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };

@@ -1,87 +1,33 @@
 #include "procedure/pipeline/run_test.h"
 
-#include <algorithm>
 #include <map>
 
 #include "config/startup_config.h"
-#include "config/user_settings.h"
-#include "evaluation/result_log.h"
-#include "instruments/ieee488.h"
-#include "platform/files.h"
 #include "platform/platform.h"
 #include "procedure/file/load.h"
 #include "procedure/file/memory.h"
 #include "procedure/file/proc_dir.h"
-#include "procedure/pipeline/run_reset.h"
+#include "procedure/pipeline/database.h"
+#include "procedure/pipeline/entry_forms.h"
+#include "procedure/pipeline/required.h"
+#include "procedure/pipeline/run_ends.h"
+#include "procedure/pipeline/scan.h"
+#include "procedure/pipeline/select_procedure.h"
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
-#include "state/buttons.h"
-#include "state/pump.h"
 #include "state/report.h"
-#include "values/math/variables.h"
+#include "state/run_variables.h"
 
 namespace orvane {
 namespace {
 
-constexpr std::string_view settings_section = "Run Time";
 constexpr std::uint8_t runnable_kinds = ProcDirEntry::kind_e | ProcDirEntry::kind_h;
 
-// "underway" before a run and "done" behind it, so that the next start knows of a run that died.
-void write_marker(const RunState& run, std::string_view marker) {
-  if (!run.demo_mode) static_cast<void>(put_user_setting(settings_section, "procedure", marker));
-}
-
-class NameRows : public RowSource {
- public:
-  explicit NameRows(std::vector<std::string> names) : names_(std::move(names)) {}
-  std::size_t count() const override { return names_.size(); }
-  std::string row(std::size_t index) const override {
-    return index < names_.size() ? names_[index] : std::string();
-  }
-
- private:
-  std::vector<std::string> names_;
-};
-
-// The operator's choice; empty if it was given up. False if the window or the directory failed.
-bool choose_procedure(std::string& name) {
-  std::vector<std::string> names;
-  if (!procedure_names(names)) return false;
-  std::sort(names.begin(), names.end());
-  const NameRows rows(std::move(names));
-  ChoiceWindow window;
-  window.title = msg(30046);
-  window.rows = &rows;
-  window.buttons = {standard_button(button_row::ok, answer::ok, true),
-                    standard_button(button_row::cancel, answer::terminate)};
-  std::size_t row = 0;
-  const int code = platform().desk != nullptr ? platform().desk->choose(window, row) : answer::failed;
-  if (code == answer::ok) name = rows.row(row);
-  return code != answer::failed;
-}
-
-// Finds the entry of a name in the procedure directory.
 bool find_entry(const std::string& directory_path, ProcDirEntry& entry) {
   const int handle = pd_open(directory_path, pd_mode_read);
   if (handle == 0) return false;
   const bool found = pd_find(handle, entry);
   return pd_close(handle) && found;
-}
-
-// Takes slot 0 and fills its directory entry. run_result::finished to go on.
-int select_procedure(std::string_view wanted, Procedure*& procedure) {
-  const std::string directory_path = procedure_directory_file();
-  std::string name(wanted);
-  procedure = acquire_main_procedure();
-  if (name.empty()) {
-    if (!choose_procedure(name)) return run_result::failed;
-    if (name.empty()) return run_result::given_up;
-  }
-  procedure->directory = ProcDirEntry();
-  procedure->directory.dir_flags = runnable_kinds;
-  procedure->directory.name_count = 1;
-  procedure->directory.names[0] = name;
-  return find_entry(directory_path, procedure->directory) ? run_result::finished : run_result::failed;
 }
 
 bool read_threshold(RunState& run, const Procedure& procedure) {
@@ -94,94 +40,178 @@ bool read_threshold(RunState& run, const Procedure& procedure) {
   return run_error(run, 111);
 }
 
-// Everything of a run's start that may fail. False after a report.
-bool initialise_run(RunState& run, const Procedure& procedure) {
-  run_reset(run, run.full_initialisation);
-  run.full_initialisation = !run.has(run_flag::check_mode);
-  run.clear(run_flag::terminate | run_flag::skip_test | run_flag::end_seen | run_flag::branch_taken);
-  run.stop_reason = 0;
-  run.statements_run = 0;
-  run.next_abort = run.abort_at.empty() ? 0 : run.abort_at.front();
-  mvar_push_frame(run);
-  show_procedure(run, procedure);
-  if (!log_open(run)) return false;
-  if (!ib_init(run)) {
-    run.set(run_flag::stop_test);
-    return false;
+void abort_menu(bool run_is_on) {
+  if (platform().desk != nullptr) platform().desk->enable_abort_menu(run_is_on);
+}
+
+// One run from the choice of its procedure to its end. Every step returns a run_result; anything but finished ends
+// the road there. What was opened on the way is closed by the destructor.
+class TestRun {
+ public:
+  TestRun(RunState& run, std::string_view name)
+      : run_(run), name_(name), uut_first_(startup_config().UUTPromptFirst != 0) {}
+  ~TestRun() {
+    release_required(run_);
+    if (roads_ != nullptr) roads_->close_session(run_);
+    if (begun_) clear_display(run_);
   }
-  return true;
-}
+  TestRun(const TestRun&) = delete;
+  TestRun& operator=(const TestRun&) = delete;
 
-void finish_run(RunState& run) {
-  ib_end_of_run(run);
-  mvar_clear(run);
-  log_close(run);
-  write_marker(run, "done");
-}
+  int work() {
+    using Step = int (TestRun::*)();
+    static constexpr Step steps[] = {
+        &TestRun::recover,      &TestRun::ask_for_demo,   &TestRun::open_database, &TestRun::select,
+        &TestRun::load,         &TestRun::uut_setup,      &TestRun::threshold,     &TestRun::scan,
+        &TestRun::prepare_data, &TestRun::ask_start_data, &TestRun::begin,
+    };
+    run_.clear(run_flag::stop_test);
+    for (const Step step : steps) {
+      if (const int result = (this->*step)(); result != run_result::finished) return result;
+    }
+    execute();
+    ask_end_data();
+    save();
+    if (run_.has(run_flag::stop_test)) return run_result::failed;
+    return abandoned_ ? run_result::given_up : run_result::finished;
+  }
 
-void clear_display(RunState& run) {
-  run.procedure_name.clear();
-  run.run_name.clear();
-  set_current_procedure_name("");
-  Operator* desk = platform().desk;
-  if (desk == nullptr) return;
-  for (const int row : {status_row::procedure, status_row::revision, status_row::heading})
-    desk->status(row, "");
-}
+ private:
+  static int as_result(bool done) { return done ? run_result::finished : run_result::failed; }
 
-// Steps in front of the run: 0 or 2 if it does not take place, otherwise 1 with the procedure loaded.
-int prepare(RunState& run, std::string_view name, Procedure*& procedure) {
-  run.clear(run_flag::stop_test);
-  if (run.demo_mode && startup_config().rt_demo_prompt != 0) {
+  int recover() { return as_result(recover_died_run(run_)); }
+
+  int ask_for_demo() {
+    if (!run_.demo_mode || startup_config().rt_demo_prompt == 0) return run_result::finished;
     const int code = yesnoph(4339);
     if (code == answer::no) return run_result::given_up;
-    if (code != answer::yes) return run_result::failed;
+    return as_result(code == answer::yes);
   }
-  const int selected = select_procedure(name, procedure);
-  if (selected != run_result::finished) return selected;
-  if (!load_procedure(*procedure, startup_config().procdir, run.has(run_flag::test_run)))
-    return run_result::failed;
-  if (!procedure->has(procedure_flag::required)) {
-    run_error(run, 2502);
+
+  int open_database() {
+    run_entries_clear(run_);
+    roads_ = database_roads();
+    return as_result(roads_ == nullptr || roads_->open_session(run_));
+  }
+
+  int select() {
+    procedure_ = acquire_main_procedure();
+    std::string name = name_;
+    if (name.empty()) {
+      if (const int result = select_procedure(run_, name); result != run_result::finished) return result;
+    }
+    run_.pipeline.times.prepared_ticks = platform().clock->ticks();
+    procedure_->directory = ProcDirEntry();
+    procedure_->directory.dir_flags = runnable_kinds;
+    procedure_->directory.name_count = 1;
+    procedure_->directory.names[0] = name;
+    return as_result(find_entry(procedure_directory_file(), procedure_->directory));
+  }
+
+  int load() {
+    if (!load_procedure(*procedure_, startup_config().procdir, run_.has(run_flag::test_run)))
+      return run_result::failed;
+    return as_result(procedure_->has(procedure_flag::required) || run_error(run_, 2502));
+  }
+
+  int uut_setup() { return uut_first_ && roads_ != nullptr ? roads_->uut_setup(run_) : run_result::finished; }
+
+  int threshold() { return as_result(read_threshold(run_, *procedure_)); }
+
+  int scan() {
+    run_.pipeline.standard_overdue = false;
+    if (!scan_procedure(run_, procedure_)) return run_result::failed;
+    switch (check_required(run_)) {
+      case check_result::go_on: return run_result::finished;
+      case check_result::cancelled: return run_result::given_up;
+      default: return run_result::failed;
+    }
+  }
+
+  // The accuracy data and the unit's data are those of an actual run: a Test Run of the editor has none.
+  int prepare_data() {
+    queue_clear();
+    if (roads_ == nullptr) return run_result::finished;
+    if (!run_.has(run_flag::test_run)) {
+      if (startup_config().acc_check != 0 && !roads_->check_accuracy(run_)) return run_result::failed;
+      const int result = uut_first_ ? run_result::finished : roads_->uut_setup(run_);
+      if (result != run_result::finished) return result;
+    }
+    return as_result(roads_->open_results(run_));
+  }
+
+  int ask_start_data() {
+    std::vector<EntryFault> faults;
+    if (!read_data_entry(startup_config().bcf, entry_, faults)) {
+      report_entry_faults(faults);
+      return as_result(run_error(run_, 2508, startup_config().bcf));
+    }
+    if (entry_.environment_at_start) {
+      if (const int result = ask_environment(run_); result != run_result::finished) return result;
+    }
+    const int result = ask_start_form(run_, entry_.start);
+    if (result == run_result::failed) run_error(run_, 2508, startup_config().bcf);
+    return result;
+  }
+
+  int begin() {
+    begun_ = true;
+    run_.run_name = procedure_->name;
+    if (platform().desk != nullptr)
+      platform().desk->run_begins(
+          {procedure_->name, header_text(*procedure_, header_code::revision), run_.has(run_flag::test_run)});
+    write_marker(run_, "underway");
+    abort_menu(true);
+    if (initialise_run(run_, *procedure_)) return run_result::finished;
+    finish_run(run_);
+    abort_menu(false);
     return run_result::failed;
   }
-  return read_threshold(run, *procedure) ? run_result::finished : run_result::failed;
-}
+
+  void execute() {
+    RunTimes& times = run_.pipeline.times;
+    times.first_ticks = platform().clock->ticks();
+    run_.set(run_flag::run_active);
+    run_procedure(run_, procedure_);
+    run_.clear(run_flag::run_active);
+    times.last_ticks = platform().clock->ticks();
+    finish_run(run_);
+    if (run_.demo_mode) msgp(test_status(run_) == "COMPLETED" ? 5019 : 5020);
+    abort_menu(false);
+  }
+
+  // The data behind the run. A cancel abandons the run: nothing of it is saved.
+  void ask_end_data() {
+    int result = entry_.environment_at_end ? ask_environment(run_) : run_result::finished;
+    if (result == run_result::finished) result = ask_end_form(run_, entry_.end);
+    if (result == run_result::failed) run_error(run_, 2508, startup_config().bcf);
+    abandoned_ = result != run_result::finished;
+  }
+
+  void save() {
+    if (!abandoned_ && roads_ != nullptr && !roads_->post_run(run_)) run_.set(run_flag::stop_test);
+    run_.vset.clear();
+  }
+
+  RunState& run_;
+  const std::string name_;
+  const bool uut_first_;
+  const DatabaseRoads* roads_ = nullptr;
+  Procedure* procedure_ = nullptr;
+  DataEntry entry_;
+  bool begun_ = false;
+  bool abandoned_ = false;
+};
 
 }  // namespace
 
-int run_test(RunState& run, std::string_view name) {
-  Procedure* procedure = nullptr;
-  const int ready = prepare(run, name, procedure);
-  if (ready != run_result::finished) return ready;
-
-  run.run_name = procedure->name;
-  write_marker(run, "underway");
-  if (!initialise_run(run, *procedure)) {
-    finish_run(run);
-    clear_display(run);
-    return run_result::failed;
-  }
-  run.set(run_flag::run_active);
-  run_procedure(run, procedure);
-  run.clear(run_flag::run_active);
-  finish_run(run);
-  clear_display(run);
-  return run.has(run_flag::stop_test) ? run_result::failed : run_result::finished;
-}
+int run_test(RunState& run, std::string_view name) { return TestRun(run, name).work(); }
 
 bool procedure_names(std::vector<std::string>& names) {
-  const int handle = pd_open(procedure_directory_file(), pd_mode_read);
-  if (handle == 0) return false;
-  ProcDirEntry entry;
-  for (int line = 0;; line = entry.matched_line + 1) {
-    entry.dir_flags = runnable_kinds;
-    if (!pd_search(handle, "", line, false, entry)) break;
-    names.push_back(entry.names[static_cast<std::size_t>(entry.matched_line - entry.first_line)]);
-    if (entry.matched_line == 0xFFFF) break;
-  }
-  const bool whole = (entry.dir_flags & ProcDirEntry::end_reached) != 0 || !names.empty();
-  return pd_close(handle) && whole;
+  std::vector<NpdRow> rows;
+  if (!npd_rows(procedure_directory_file(), rows)) return false;
+  for (NpdRow& row : rows) names.push_back(std::move(row.name));
+  return true;
 }
 
 OverallResult overall_result(const RunState& run) {

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "evaluation/result_log.h"
+#include "platform/operator.h"
+#include "platform/platform.h"
 #include "procedure/file/procedure.h"
 #include "procedure/file/render.h"
 #include "procedure/run/call.h"
@@ -36,14 +38,19 @@ class Loop {
   Loop(RunState& run, Procedure*& procedure)
       : run_(run),
         procedure_(procedure),
+        is_main_(run.calls.empty()),
+        desk_(platform().desk),
         dispatch_(dispatch_table()),
         hooks_(hooks()),
         any_hook_(std::any_of(hooks_.begin(), hooks_.end(), [](Hook hook) { return hook != nullptr; })) {}
 
   void run() {
     trace_ = (debug_flags() & debug_bit::run) != 0;
-    static_cast<void>(log_enter(run_, number_of_tests(*procedure_), procedure_->name));
+    const int tests = number_of_tests(*procedure_);
+    static_cast<void>(log_enter(run_, tests, procedure_->name));
     const std::string name = procedure_->name;
+    if (is_main_)
+      run_.pipeline.progress = {0, procedure_->lines.size(), 0, static_cast<std::size_t>(std::max(tests, 0))};
     start();
     while (!stop_ && procedure_ != nullptr && procedure_->current != nullptr) {
       ProcNode* node = procedure_->current;
@@ -75,7 +82,8 @@ class Loop {
   }
 
   void step(LoopStep which, const FscRecord& record) {
-    if (!any_hook_) [[likely]] return;
+    if (!any_hook_) [[likely]]
+      return;
     const Hook hook = hooks_[static_cast<std::size_t>(which)];
     if (hook != nullptr && !hook(run_, record)) run_.set(run_flag::stop_test);
   }
@@ -88,6 +96,12 @@ class Loop {
     static_cast<void>(poll_run(run_));  // a fault has set stop_test
   }
 
+  void note_place(const ProcNode& node) {
+    RunPlace& place = run_.pipeline.progress;
+    place.statement = node.line_index + 1U;
+    place.test = static_cast<std::size_t>(std::max<int>(node.record->test_major(), 0));
+  }
+
   void scripted_abort() {
     raise_abort();
     const auto next = std::upper_bound(run_.abort_at.begin(), run_.abort_at.end(), run_.statements_run);
@@ -97,6 +111,7 @@ class Loop {
   bool abort_seen(Pace pace) {
     if (++run_.statements_run == run_.next_abort) [[unlikely]]
       scripted_abort();
+    if (pace != Pace::quick || run_.statements_run % quick_statements_per_poll == 0) progress_due();
     return pace == Pace::quick ? pump_messages_quick() : pump_messages();
   }
 
@@ -120,6 +135,7 @@ class Loop {
     const std::uint16_t own_flags = node.record->line_flags();
     const DispatchEntry& entry = dispatch_.entry(node.record->code());
     const Pace pace = entry.pace;
+    if (is_main_) note_place(node);
     before(node, *node.record, entry, own_flags);
 
     poll(pace);
@@ -160,6 +176,19 @@ class Loop {
         ((code & code_class::test) != 0 || code == fsc::acc) && (flags & line_flag::last) != 0)
       step(LoopStep::system_accuracy, record);
     step(LoopStep::release_parameters, record);
+  }
+
+  // Tells how far the main procedure has come. The clock is read, the system is not asked; the front end hears of it
+  // at most ten times a second.
+  void progress_due() {
+    if (desk_ == nullptr) return;
+    const std::uint32_t now = platform().clock->ticks();
+    RunTimes& times = run_.pipeline.times;
+    if (now - times.progress_ticks < progress_interval) return;
+    times.progress_ticks = now;
+    desk_->progress({run_.pipeline.progress.statement, run_.pipeline.progress.statements,
+                     run_.pipeline.progress.test, run_.pipeline.progress.tests,
+                     (now - times.first_ticks) / 1000});
   }
 
   // An abort ends the run, or with option T leads to the stop dialog. True if the loop is left.
@@ -203,9 +232,12 @@ class Loop {
   }
 
   static constexpr unsigned quick_statements_per_poll = 64;
+  static constexpr std::uint32_t progress_interval = 100;  // milliseconds
 
   RunState& run_;
   Procedure*& procedure_;
+  const bool is_main_;
+  Operator* const desk_;
   const DispatchTable& dispatch_;
   const std::array<Hook, static_cast<std::size_t>(LoopStep::count)>& hooks_;
   bool any_hook_;

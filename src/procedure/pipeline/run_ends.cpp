@@ -1,0 +1,151 @@
+#include "procedure/pipeline/run_ends.h"
+
+#include <ctime>
+
+#include "config/user_settings.h"
+#include "config/value_grammar.h"
+#include "evaluation/result_log.h"
+#include "instruments/bench.h"
+#include "instruments/device_list.h"
+#include "platform/platform.h"
+#include "procedure/file/memory.h"
+#include "procedure/pipeline/run_reset.h"
+#include "procedure/pipeline/run_test.h"
+#include "procedure/run/call.h"
+#include "state/report.h"
+#include "state/run_variables.h"
+#include "values/math/variables.h"
+#include "values/numbers.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::string_view settings_section = "Run Time";
+constexpr std::string_view underway = "underway", done = "done";
+constexpr double ms_per_minute = 60000, minutes_per_hour = 60;
+
+// --- Variables -------------------------------------------------------------------------------------------------
+
+std::tm local_time(std::time_t time) {
+  std::tm parts{};
+#ifdef _WIN32
+  static_cast<void>(localtime_s(&parts, &time));
+#else
+  static_cast<void>(localtime_r(&time, &parts));
+#endif
+  return parts;
+}
+
+// DATE$, MDY$ and DMY$, with `suffix` between the name and its "$".
+void set_dates(RunState& run, std::time_t time, std::string_view suffix) {
+  const std::tm at = local_time(time);
+  const int year = at.tm_year + 1900, month = at.tm_mon + 1;
+  const auto set = [&](std::string_view name, std::string_view format, int a, int b, int c) {
+    run_variable_set(run, std::string(name) + std::string(suffix) + "$", formatted(format, a, b, c));
+  };
+  set("DATE", "%04d-%02d-%02d", year, month, at.tm_mday);
+  set("MDY", "%02d/%02d/%04d", month, at.tm_mday, year);
+  set("DMY", "%02d/%02d/%04d", at.tm_mday, month, year);
+}
+
+void set_start_variables(RunState& run, const Procedure& procedure) {
+  run_variable_set(run, "PROC_NAME$", procedure.name);
+  run_variable_set(run, "PROC_REV$", header_text(procedure, header_code::revision));
+  set_dates(run, run.pipeline.times.started, "");
+  const std::tm at = local_time(run.pipeline.times.started);
+  run_variable_set(run, "TIME$", formatted("%02d:%02d:%02d", at.tm_hour, at.tm_min, at.tm_sec));
+}
+
+// "1 Hour 12 Minutes"; without the hours below one.
+std::string hours_text(double minutes) {
+  const int whole = static_cast<int>(minutes);  // ticks count 49 days at most
+  const int hours = whole / 60, rest = whole % 60;
+  const std::string head = hours > 0 ? formatted("%d Hour%s", hours, hours == 1 ? "" : "s") : std::string();
+  return head + formatted("%s%d Minute%s", hours > 0 ? " " : "", rest, rest == 1 ? "" : "s");
+}
+
+// NAME$ and NAME_HR$ in words and in hours, NAME_MIN$ in minutes.
+void set_duration(RunState& run, const std::string& name, std::uint32_t milliseconds) {
+  const double minutes = milliseconds / ms_per_minute;
+  run_variable_set(run, name + "$", hours_text(minutes));
+  run_variable_set(run, name + "_MIN$", formatted("%.1f", minutes));
+  run_variable_set(run, name + "_HR$", formatted("%.1f", minutes / minutes_per_hour));
+}
+
+// An unfinished run without a failure has no verdict: it is no PASS.
+std::string_view overall_word(const RunState& run, const OverallResult& result) {
+  if (result.failed > 0) return "FAIL";
+  const bool whole = !run.has(run_flag::stop_test | run_flag::skip_test | run_flag::terminate);
+  return whole && result.tests > 0 ? "PASS" : "";
+}
+
+void set_end_variables(RunState& run) {
+  RunTimes& times = run.pipeline.times;
+  const OverallResult result = overall_result(run);
+  set_duration(run, "ACT", times.last_ticks - times.first_ticks);
+  set_duration(run, "ELAPSED_TIME", platform().clock->ticks() - times.prepared_ticks);
+  set_dates(run, platform().clock->now(), "_END");
+  run_variable_set(run, "TEST_STATUS$", test_status(run));
+  run_variable_set(run, "OVERALL_RESULT$", overall_word(run, result));
+  run_variable_set(run, "NUM_ADJ$", std::to_string(run.pipeline.adjustments));
+  run_variable_set(run, "NUM_FAILED$", std::to_string(result.failed));
+}
+
+}  // namespace
+
+void write_marker(const RunState& run, std::string_view marker) {
+  if (!run.demo_mode) static_cast<void>(put_user_setting(settings_section, "procedure", marker));
+}
+
+bool recover_died_run(RunState& run) {
+  if (run.demo_mode) return true;
+  if (!same_word(user_setting(settings_section, "procedure").value_or(""), underway)) return true;
+  if (!bench_reset(run)) return false;
+  msgp(30650);
+  write_marker(run, done);
+  return true;
+}
+
+bool initialise_run(RunState& run, const Procedure& procedure) {
+  run_reset(run, run.full_initialisation);
+  run.full_initialisation = !run.has(run_flag::check_mode);
+  run.clear(run_flag::terminate | run_flag::skip_test | run_flag::end_seen | run_flag::branch_taken);
+  run.stop_reason = 0;
+  run.statements_run = 0;
+  run.next_abort = run.abort_at.empty() ? 0 : run.abort_at.front();
+  run.pipeline.times.started = platform().clock->now();
+  dev_clear_flags(0, device_flag::used);
+  mvar_push_frame(run);
+  show_procedure(run, procedure);
+  set_start_variables(run, procedure);
+  if (log_open(run) && bench_begin(run)) return true;
+  run.set(run_flag::stop_test);
+  return false;
+}
+
+void finish_run(RunState& run) {
+  bench_end(run);
+  mvar_clear(run);
+  log_close(run);
+  write_marker(run, done);
+  set_end_variables(run);
+}
+
+void clear_display(RunState& run) {
+  run.procedure_name.clear();
+  run.run_name.clear();
+  set_current_procedure_name("");
+  Operator* desk = platform().desk;
+  if (desk == nullptr) return;
+  for (const int row : {status_row::procedure, status_row::revision, status_row::heading})
+    desk->status(row, "");
+}
+
+std::string_view test_status(const RunState& run) {
+  if (run.has(run_flag::terminate)) return "TERMINATED";
+  if (run.pipeline.standard_overdue) return "OUT-OF-CAL";
+  if (run.has(run_flag::stop_test | run_flag::skip_test)) return "INCOMPLETE";
+  return "COMPLETED";
+}
+
+}  // namespace orvane

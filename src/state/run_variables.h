@@ -1,0 +1,32 @@
+// Variables of a run: named texts such as SER_NUM$ and TEST_STATUS$ that forms fill, the run sets, and statements and
+// reports read. A name begins with a letter or "_", goes on with letters, digits and "_", ends with "$" and counts in
+// any case; without its "$" it is the same name.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "state/run_state.h"
+
+namespace orvane {
+
+constexpr std::size_t run_variable_name_limit = 255;  // its "$" included
+
+/// The name in capitals with its "$"; nothing if it is none.
+std::optional<std::string> run_variable_name(std::string_view text);
+
+/// Sets a variable of the run. The name is a valid one.
+void run_variable_set(RunState& run, std::string_view name, std::string_view value);
+/// Keeps what the operator entered: it is a variable at once, and again after the start of the run has cleared them.
+void run_entry_set(RunState& run, std::string_view name, std::string_view value);
+
+/// The value, or null if the run has no such variable. Good until a variable is set or cleared.
+const std::string* run_variable(const RunState& run, std::string_view name);
+
+/// Forgets all variables but what the operator entered for this run.
+void run_variables_restart(RunState& run);
+/// Forgets the entries as well: another run is prepared.
+void run_entries_clear(RunState& run);
+
+}  // namespace orvane
