@@ -42,6 +42,9 @@ int ib_timeout_code(std::uint32_t milliseconds);
 /// Serial poll; 1936 for a board other than 0 and 1.
 [[nodiscard]] bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status);
 
+/// Takes the boards off line, so that another program may use them; ib_init() brings them back. False after a report.
+[[nodiscard]] bool ib_release(RunState& run);
+
 /// The end of a run: interface clear, so that no device is left addressed.
 void ib_end_of_run(RunState& run);
 
