@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "config/startup_config.h"
+#include "evaluation/judgement.h"
 #include "evaluation/tolerance.h"
 #include "platform/operator.h"
 
@@ -26,10 +27,10 @@ constexpr bool rows_are_in_order() {
 }
 static_assert(rows_are_in_order(), "an outcome is the index of its row");
 
-// The operator's judgement, which has no percent.
+// A judgement, which has no percent: the failed bit tells it.
 bool is_judgement(const RunState& run, const FscRecord& record) {
-  return record.code() == fsc::eval || record.code() == fsc::pice ||
-         (run.test.test_state & test_bit::go_no_go) != 0;
+  if (brings_outcome(record)) return !has_program_percent(run, record);
+  return (run.test.test_state & test_bit::go_no_go) != 0;
 }
 
 bool failed(const RunState& run) { return (run.test.test_state & test_bit::failed) != 0; }
@@ -58,7 +59,7 @@ bool dialog_appears(const RunState& run, const FscRecord& record, double percent
   if (run.stopped() || run.asks(ask_option::A)) return true;
   if (!run.asks(ask_option::F)) return false;
   if (is_judgement(run, record)) return failed(run);
-  if (record.has_flag(line_flag::adjust_follows) && run.asks(ask_option::J))
+  if (record.has_flag(line_flag::adjust_follows) && run.asks(ask_option::J) && !brings_outcome(record))
     return percent > run.adjust_threshold;
   return eps_gt(percent, startup_config().oot_lim) || is_fail(percent);
 }

@@ -5,7 +5,10 @@
 
 #include "config/startup_config.h"
 #include "evaluation/decision.h"
+#include "evaluation/judgement.h"
+#include "evaluation/line_columns.h"
 #include "evaluation/memc.h"
+#include "evaluation/tolerance.h"
 #include "values/numbers.h"
 #include "values/units.h"
 
@@ -14,26 +17,7 @@ namespace {
 
 constexpr std::size_t quantity_width = 14, range_width = 5, go_no_go_width = 13;
 constexpr int most_digits = 9;
-
-// ---- Lines ----
-
-// A line of blanks with texts put into it; what would pass its end is cut, control bytes become blanks.
-class Columns {
- public:
-  void put(std::size_t column, std::string_view text) {
-    for (std::size_t i = 0; i < text.size() && column + i < line_.size(); ++i)
-      line_[column + i] = static_cast<unsigned char>(text[i]) < ' ' ? ' ' : text[i];
-  }
-  std::string take() { return std::move(line_); }
-
- private:
-  std::string line_ = std::string(result_columns, ' ');
-};
-
-std::string right_aligned(std::string text, std::size_t width) {
-  if (text.size() < width) text.insert(0, width - text.size(), ' ');
-  return text;
-}
+constexpr std::string_view corrected_mark = " (corrected)";
 
 // ---- Numbers in a width ----
 
@@ -214,24 +198,6 @@ std::string error_text(const FscRecord& record, const TestValues& test, double r
 
 // ---- The decision ----
 
-void apply_outcome(RunState& run, const OutcomeRow& row) {
-  DecisionBlock& block = run.decision;
-  block.status_bits = row.status_bits;
-  block.status_text = row.status_text;
-  block.colour = row.colour;
-  block.result_flags = row.result_flags;
-  run.test.test_state = static_cast<std::uint16_t>(row.failed ? run.test.test_state | test_bit::failed
-                                                              : run.test.test_state & ~test_bit::failed);
-}
-
-void fill_percent(DecisionBlock& block, double percent) {
-  block.pct_text = percent_text(percent);
-  block.pct_value = percent;
-  if (!percent_is_capped(percent)) return;
-  block.pct_flags |= DecisionBlock::percent_capped;
-  block.pct_value = 500.0;
-}
-
 void lay_out(DecisionBlock& block, const FscRecord& record, const OutcomeRow& row, bool go_no_go) {
   Columns first, second;
   first.put(result_column::test, right_aligned(std::to_string(record.test_major()), 3));
@@ -265,16 +231,40 @@ std::array<std::string, 2> result_headings() {
   return {first.take(), second.take()};
 }
 
-void format_result(RunState& run, const FscRecord& record, double percent, double reference) {
+void apply_outcome(RunState& run, const OutcomeRow& row) {
+  DecisionBlock& block = run.decision;
+  block.status_bits = row.status_bits;
+  block.status_text = row.status_text;
+  block.colour = row.colour;
+  block.result_flags = row.result_flags;
+  run.test.test_state = static_cast<std::uint16_t>(row.failed ? run.test.test_state | test_bit::failed
+                                                              : run.test.test_state & ~test_bit::failed);
+}
+
+void fill_percent(DecisionBlock& block, double percent, bool negative) {
+  block.pct_text = percent_text(percent);
+  block.pct_value = percent;
+  if (percent_is_capped(percent)) {
+    block.pct_flags |= DecisionBlock::percent_capped;
+    block.pct_value = percent_cap;
+  }
+  block.pct_signed = negative ? -block.pct_value : block.pct_value;
+}
+
+void begin_decision(RunState& run, const FscRecord& record) {
   run.decision = DecisionBlock();
+  run.decision.code = record.code();
+  run.decision.test_number = static_cast<std::uint16_t>(record.test_major());
+  run.decision.title = "Test " + right_aligned(std::to_string(record.test_major()), 3);
+  run.decision.tur_text = "(not calculated)";
+}
+
+void format_result(RunState& run, const FscRecord& record, double percent, double reference) {
+  if (brings_outcome(record)) return format_judgement(run, record, percent);
+  begin_decision(run, record);
   DecisionBlock& block = run.decision;
   const TestValues& test = run.test;
   const bool go_no_go = (test.test_state & test_bit::go_no_go) != 0;
-
-  block.code = record.code();
-  block.test_number = static_cast<std::uint16_t>(record.test_major());
-  block.title = "Test " + right_aligned(std::to_string(record.test_major()), 3);
-  block.tur_text = "(not calculated)";
   if (is_memc(record)) {
     fill_memc(block, test, record);
   } else {
@@ -292,17 +282,37 @@ void format_result(RunState& run, const FscRecord& record, double percent, doubl
   } else {
     block.error_valid = 1;
     block.error_text = error_text(record, test, reference);
-    fill_percent(block, percent);
+    fill_percent(block, percent, test.indicated < test.actual);
     outcome = decide(percent, run.adjust_threshold);
   }
   const OutcomeRow& row = outcome_row(outcome);
   apply_outcome(run, row);
   lay_out(block, record, row, go_no_go);
-  if ((block.act_flags & DecisionBlock::actual_corrected) != 0) block.act_text += " (corrected)";
+  if ((block.act_flags & DecisionBlock::actual_corrected) != 0) block.act_text += corrected_mark;
 }
 
 ResultLine board_line(const DecisionBlock& decision) {
-  return {decision.line1, decision.line2, decision.status_text, decision.colour};
+  // In the range's place or behind it, as the window at a test has them; the verdict where there is no percent.
+  std::string actual = decision.act_text;
+  if (actual.ends_with(corrected_mark)) actual.resize(actual.size() - corrected_mark.size());
+  const bool corrected = (decision.act_flags & DecisionBlock::actual_corrected) != 0;
+  const std::string& indicated = !decision.ind_text.empty() ? decision.ind_text : decision.remark;
+  const std::string_view last =
+      std::string_view(decision.line1).substr(std::min(result_column::percent, decision.line1.size()));
+  std::string columns = right_aligned(std::to_string(decision.test_number), 3);
+  for (const std::string_view text :
+       {std::string_view(decision.range_text), std::string_view(indicated), std::string_view(actual),
+        std::string_view(corrected ? "c" : ""), std::string_view(decision.mod_text),
+        std::string_view(decision.error_text), trim_blanks(last)}) {
+    columns += '\t';
+    for (const char c : text) columns += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+  }
+  return {.line1 = decision.line1,
+          .line2 = decision.line2,
+          .status_text = decision.status_text,
+          .colour = decision.colour,
+          .columns = std::move(columns),
+          .percent = decision.pct_signed};
 }
 
 }  // namespace orvane

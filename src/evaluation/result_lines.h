@@ -32,10 +32,16 @@ constexpr std::size_t condition = 60, verdict = 73;  // of the second line
 /// The two lines of headings.
 std::array<std::string, 2> result_headings();
 
-/// Fills run.decision, lines, colour and result flags included, for MEMC, MEMCX and the statements with fixed columns,
-/// and sets or clears test_bit::failed. `percent` is the percent of tolerance that decides, `reference` what a
-/// relative error refers to. A go/no-go test is decided already: its failed bit goes in.
+/// Fills run.decision, lines, colour and result flags included, and sets or clears test_bit::failed. `percent` is the
+/// percent of tolerance that decides, `reference` what a relative error refers to. A go/no-go test is decided already:
+/// its failed bit goes in. Statements that bring their outcome with them go to format_judgement().
 void format_result(RunState& run, const FscRecord& record, double percent, double reference);
+
+// Parts of it that format_judgement() shares.
+struct OutcomeRow;
+void begin_decision(RunState& run, const FscRecord& record);
+void apply_outcome(RunState& run, const OutcomeRow& row);
+void fill_percent(DecisionBlock& block, double percent, bool negative);
 
 /// The result as the results board takes it.
 ResultLine board_line(const DecisionBlock& decision);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "config/startup_config.h"
+#include "evaluation/judgement.h"
 #include "evaluation/memc.h"
 #include "messages/catalogue.h"
 #include "state/report.h"
@@ -53,6 +54,7 @@ std::string value_text(const RunState& run, const FscRecord& record) {
   if (is_memc(record)) {
     return memc_number(record) ? std::string(record.text(field::memc_nominal)) : twelve_digits(mem);
   }
+  if (brings_outcome(record)) return twelve_digits(mem);
   const QuantityField nominal = record.get(field::nominal);
   return twelve_digits((nominal.flags & QuantityField::from_mem) != 0 ? mem : nominal.value);
 }
@@ -71,6 +73,7 @@ std::pair<double, double> limits(const TestValues& test) {
 }
 
 int resolution(const FscRecord& record) {
+  if (brings_outcome(record)) return 0;
   if (!is_memc(record)) return digits_after_point(record.get(field::nominal).digits);
   const std::string_view nominal = record.text(field::memc_nominal);
   std::uint8_t digits = 0;
@@ -132,7 +135,11 @@ bool log_open(RunState& run) {
   return errp(4623, log.path);
 }
 
-void log_close(RunState& run) { run.log.file.close(); }
+void log_close(RunState& run) {
+  // What was noted behind the last test is a result all the same.
+  static_cast<void>(notes_write(run, PendingNote::brace | PendingNote::rslt | PendingNote::comment));
+  run.log.file.close();
+}
 
 bool log_line(RunState& run, int test, int step, char letter, std::string_view text) {
   return write(run, head(test, step, letter) + std::string(text));
@@ -141,6 +148,8 @@ bool log_line(RunState& run, int test, int step, char letter, std::string_view t
 char log_test_letter(const RunState& run, const FscRecord& record) {
   if (is_memc(record)) return log_letter::memc;
   if (record.code() == fsc::eval || record.code() == fsc::pice) return log_letter::evaluation;
+  if (record.code() == fsc::dose)
+    return has_program_percent(run, record) ? log_letter::program_number : log_letter::program_word;
   return (run.test.test_state & test_bit::go_no_go) != 0 ? log_letter::go_no_go : log_letter::instrument;
 }
 

@@ -32,7 +32,8 @@ namespace orvane {
 namespace log_letter {
 constexpr char enter = 'C', leave = 'L', adjust = 'A', brace = 'B', comment = 'K', rslt = 'R',
                cancelled = 'c';
-constexpr char evaluation = 'E', memc = 'M', go_no_go = 'G', instrument = 'I';
+constexpr char evaluation = 'E', memc = 'M', go_no_go = 'G', instrument = 'I', program_number = 'D',
+               program_word = 'd';
 }  // namespace log_letter
 
 /// A line has at most this many characters, its line break not counted; a longer text is cut.
@@ -46,6 +47,7 @@ struct LogTexts {
 
 /// Begins a new log, and forgets the notes of the run before. A failure reports 4623 and breaks the log.
 [[nodiscard]] bool log_open(RunState& run);
+/// Writes the notes that still wait, and ends the log.
 void log_close(RunState& run);
 
 // The functions below return false at the write that breaks the log, after its report. While no log is open, or it

@@ -225,6 +225,19 @@ bool ib_reset_devices(RunState& run) {
   return true;
 }
 
+bool ib_release(RunState& run) {
+  if (!ib_is_live(run) || !boards_configured) return true;
+  const GpibDriver* driver = gpib_driver();
+  if (driver == nullptr) return false;
+  boards_configured = false;
+  run.ieee.timeout = {};
+  for (int board = 0; board < boards(); ++board) {
+    driver->ibonl(board, 0);
+    if (!check(run, *driver)) return false;
+  }
+  return true;
+}
+
 void ib_end_of_run(RunState& run) {
   if (!ib_is_live(run) || !boards_configured) return;
   const GpibDriver* driver = gpib_driver();

@@ -46,6 +46,9 @@ int ib_timeout_code(std::uint32_t milliseconds);
 /// devices get a device clear at once. False after a report.
 [[nodiscard]] bool ib_reset_devices(RunState& run);
 
+/// Takes the boards off line, so that another program may use them; ib_init() brings them back. False after a report.
+[[nodiscard]] bool ib_release(RunState& run);
+
 /// The end of a run: interface clear, so that no device is left addressed.
 void ib_end_of_run(RunState& run);
 

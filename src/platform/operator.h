@@ -192,7 +192,7 @@ struct ResultLine {
   std::string status_text;
   int colour = 0;
   std::string columns = {};  // for the results window, parted by tabs: number, range, UUT indicated, system
-                        // actual, C, modifier, error, percent of tolerance
+                             // actual, C, modifier, error, percent of tolerance
   std::optional<double> percent = {};  // of tolerance, signed; none where the test has no number
 };
 
@@ -226,6 +226,8 @@ class Operator {
   virtual int test(const TestWindow& window) = 0;
   /// Never null.
   virtual std::unique_ptr<WaitWindow> wait(const WaitText& text) = 0;
+  /// False if nobody watches: pauses that only leave a text on the screen for a while are then passed over.
+  virtual bool is_watched() const { return true; }
 
   // Boards, without an answer.
   virtual void status(int row, std::string_view text) = 0;

@@ -8,7 +8,8 @@
 namespace orvane {
 
 namespace button_row {
-constexpr int ok = 2, cancel = 3, no = 7, enter = 8, terminate = 15, yes = 17, yes_all = 18;
+constexpr int ok = 2, cancel = 3, pass = 5, fail = 6, no = 7, enter = 8, terminate = 15, yes = 17,
+              yes_all = 18;
 }
 
 /// The label of a row, 1 to 18. A label that the catalogue lacks is message 935 with the row, once, and the row's

@@ -2,24 +2,30 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace orvane {
 
 namespace test_bit {
 // TestValues::test_state
-constexpr std::uint16_t go_no_go = 0x0001;         // an operator's judgement, no number
-constexpr std::uint16_t failed = 0x0002;           // the latest test failed
-constexpr std::uint16_t tolerances = 0x0004;       // test_tol and sys_tol are valid
-constexpr std::uint16_t tur_low = 0x0008;          // tur is valid and below its limit
-constexpr std::uint16_t indicated_text = 0x0010;   // indicated_text holds the value as typed
+constexpr std::uint16_t go_no_go = 0x0001;        // an operator's judgement, no number
+constexpr std::uint16_t failed = 0x0002;          // the latest test failed
+constexpr std::uint16_t tolerances = 0x0004;      // test_tol and sys_tol are valid
+constexpr std::uint16_t tur_low = 0x0008;         // tur is valid and below its limit
+constexpr std::uint16_t indicated_text = 0x0010;  // indicated_text holds the value as typed
 constexpr std::uint16_t corrected = 0x0020;
-constexpr std::uint16_t acc_units = 0x0040;        // tol_units names the tolerance unit of an ACC statement
+constexpr std::uint16_t acc_units = 0x0040;  // tol_units names the tolerance unit of an ACC statement
 constexpr std::uint16_t corrected_twice = 0x0080;
 constexpr std::uint16_t uncertainty = 0x0100;
-constexpr std::uint16_t mean = 0x0200;             // indicated is a mean and goes before indicated_text
+constexpr std::uint16_t mean = 0x0200;  // indicated is a mean and goes before indicated_text
 constexpr std::uint16_t indeterminate = 0x0400;
 }  // namespace test_bit
+
+/// What a program that DOSE has run says of the test.
+namespace program_status {
+constexpr int none = 0, pass = 1, fail = 2, number = 3;
+}
 
 struct TestValues {
   std::uint16_t test_state = 0;  // test_bit
@@ -34,11 +40,18 @@ struct TestValues {
   double sys_tol = 0;
   double tur = 0;
   std::string tol_units;
+
+  // Of the statements that bring their outcome with them: EVAL, PICE and DOSE.
+  std::string remark = {};     // what was judged, or what the program says
+  std::string kept_text = {};  // EVAL "-s": for the results, at most 63 characters
+  bool by_expression = false;  // EVAL "-e": an expression judged
+  int program = program_status::none;
+  double program_percent = 0;  // of tolerance, with program_status::number
 };
 
 namespace decision_status {
-constexpr std::uint16_t pass = 0x01, marginal = 0x02, fail = 0x04, notify_user = 0x08, pass_indeterminate = 0x10,
-                        fail_indeterminate = 0x20;
+constexpr std::uint16_t pass = 0x01, marginal = 0x02, fail = 0x04, notify_user = 0x08,
+                        pass_indeterminate = 0x10, fail_indeterminate = 0x20;
 }
 
 /// What the dialog and the results board show of one evaluation; cleared as each evaluation begins.
@@ -79,6 +92,7 @@ struct DecisionBlock {
   std::uint16_t pct_flags = 0;
   double pct_value = 0;
   std::string pct_text;
+  std::optional<double> pct_signed;  // negative where the error is; none where there is no percent
 
   double test_tol_value = 0;
   std::string test_tol_units, test_tol_text;

@@ -6,12 +6,16 @@
 #include "config/startup_config.h"
 #include "state/fsc.h"
 #include "state/report.h"
+#include "values/math/variables.h"
 #include "values/numbers.h"
 
 namespace orvane {
 namespace {
 
 constexpr int register_digits = 12;  // significant digits of an inserted register
+constexpr std::uint32_t frame_limit = 100, frame_highest = 99;
+
+StringVariableReader string_variables = nullptr;
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 bool is_letter(char c) { return upper(c) >= 'A' && upper(c) <= 'Z'; }
@@ -100,13 +104,93 @@ bool insert_hex(RunState&, std::string_view argument, std::string& out) {
   return !bytes.empty();
 }
 
-// Elements that insert, by their word.
+// A register that was never set inserts nothing.
+bool insert_s(RunState& run, std::string_view argument, std::string& out) {
+  const auto index = element_number(argument, 1, RegisterFile::s_limit);
+  if (index) out += run.registers.s[*index].value_or("");
+  return index.has_value();
+}
+
+bool insert_variable(RunState& run, std::string_view name, std::string& out) {
+  if (name.empty()) return run_error(run, 4511);
+  if (name.ends_with('$')) {
+    std::string value;
+    if (string_variables == nullptr || !string_variables(run, name, value)) return run_error(run, 4517, name);
+    out += value;
+    return true;
+  }
+  std::string_view value;
+  if (!mvar_Exists(run, name) || !mvar_Get(run, fsc_record_new(), name, value))
+    return run_error(run, 4516, name);
+  out += value;
+  return true;
+}
+
+bool insert_new_line(RunState&, std::string_view argument, std::string& out) {
+  out += '\n';
+  return argument.empty();
+}
+
+// What it says is about the end of the text, see Expansion.
+bool insert_goes_on(RunState&, std::string_view argument, std::string&) { return argument.empty(); }
+
+// "l,r,c": left and top in percent, a letter.
+bool insert_frame(RunState& run, std::string_view argument, std::string&) {
+  std::vector<std::string_view> parts;
+  if (!split_on(argument, ',', parts) || parts.size() != 3 || parts[2].size() != 1 || !is_letter(parts[2][0]))
+    return false;
+  const auto left = element_number(parts[0], 0, frame_limit), top = element_number(parts[1], 0, frame_limit);
+  if (!left || !top) return false;
+  run.draw.x = static_cast<int>(std::min(*left, frame_highest));
+  run.draw.y = static_cast<int>(std::min(*top, frame_highest));
+  run.draw.style.back() = static_cast<std::uint8_t>(upper(parts[2][0]));
+  return true;
+}
+
+bool is_shown(std::uint16_t code) {
+  switch (code) {
+    case fsc::disp:
+    case fsc::head:
+    case fsc::mess:
+    case fsc::opbr:
+    case fsc::memi:
+    case fsc::mem2:
+    case fsc::rslt:
+    case fsc::set:
+    case fsc::pic:
+    case fsc::pice:
+    case fsc::eval:
+    case fsc::wait: return true;
+    default: return false;
+  }
+}
+
+bool has_gap_element(std::uint16_t code) {
+  return code == fsc::ieee || code == fsc::ieee2 || code == fsc::scpi || code == fsc::reset;
+}
+
+bool anywhere(std::uint16_t) { return true; }
+bool but_on_the_bus(std::uint16_t code) { return !has_gap_element(code); }
+
+// Elements that insert, by their word, and the statements that have them.
 struct InsertRow {
   std::string_view word;
   bool (*insert)(RunState& run, std::string_view argument, std::string& out);
+  bool (*offered)(std::uint16_t code) = anywhere;
+  bool reports = false;  // tells by itself why it failed
 };
 constexpr InsertRow insert_rows[] = {
-    {"MEM", insert_mem}, {"M", insert_m}, {"L", insert_l}, {"", insert_byte}, {"X", insert_hex},
+    {"MEM", insert_mem},
+    {"M", insert_m},
+    {"L", insert_l},
+    {"", insert_byte},
+    {"X", insert_hex},
+    {"V", insert_variable, anywhere, true},
+    {"SREG", insert_s},
+    {"S", insert_s, but_on_the_bus},
+    {"N", insert_new_line, is_shown},
+    {"NO", insert_goes_on, is_shown},
+    {"DRAW", insert_frame, is_shown},
 };
 
 // Hexadecimal digits behind "X" may be letters: they belong to the argument.
@@ -144,6 +228,8 @@ class Expansion {
     return true;
   }
 
+  bool goes_on() const { return goes_on_; }
+
  private:
   bool refuse(std::string_view content) { return run_error(run_, 30401, content, name_of(record_)); }
 
@@ -162,9 +248,10 @@ class Expansion {
     if (!content(inside, behind)) return false;
     const Element found = element_of(inside);
     for (const InsertRow& row : insert_rows) {
-      if (row.word != found.word) continue;
+      if (row.word != found.word || !row.offered(record_.code())) continue;
       cursor_.at = behind;
-      return row.insert(run_, found.argument, out) || refuse(inside);
+      goes_on_ = row.insert == insert_goes_on && cursor_.done();
+      return row.insert(run_, found.argument, out) || (!row.reports && refuse(inside));
     }
     for (const ElementAction& action : actions_) {
       if (action.word != found.word || !may_act) continue;
@@ -209,6 +296,7 @@ class Expansion {
   std::span<const ElementAction> actions_;
   std::string& out_;
   bool stopped_at_action_ = false;
+  bool goes_on_ = false;  // the text ended in [NO]
 };
 
 }  // namespace
@@ -218,10 +306,21 @@ bool expand(RunState& run, const FscRecord& record, TextCursor& cursor,
   return Expansion(run, record, cursor, actions, out).work();
 }
 
-bool expand_text(RunState& run, const FscRecord& record, std::string_view text, std::string& out) {
+bool expand_line(RunState& run, const FscRecord& record, std::string_view text, std::string& out,
+                 bool& goes_on) {
   TextCursor cursor{text, 0};
-  return expand(run, record, cursor, {}, out);
+  Expansion expansion(run, record, cursor, {}, out);
+  const bool ok = expansion.work();
+  goes_on = expansion.goes_on();
+  return ok;
 }
+
+bool expand_text(RunState& run, const FscRecord& record, std::string_view text, std::string& out) {
+  bool goes_on = false;
+  return expand_line(run, record, text, out, goes_on);
+}
+
+void expand_install_string_variables(StringVariableReader reader) { string_variables = reader; }
 
 std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high) {
   std::uint32_t value = 0;

@@ -298,12 +298,16 @@ TEST_F(Log, ColumnsOfTestLines) {
                         {fsc::memcx, 0, "V", 'M', "1.25", 9, 10.5, '0'},
                         {fsc::i3458, 0, "", 'I', "-30", 9, 10.5, '3'},
                         {fsc::i3458, test_bit::go_no_go, "", 'G', "-30", 19.5, 21, '3'},
-                        {fsc::eval, 0, "", 'E', "0", 9, 10.5, '0'}};
+                        {fsc::eval, 0, "", 'E', "1.25", 9, 10.5, '0'},  // has no nominal
+                        {fsc::pice, 0, "", 'E', "1.25", 9, 10.5, '0'},
+                        {fsc::dose, 0, "", 'd', "1.25", 9, 10.5, '0'}};
   for (const Case& c : cases) {
     ASSERT_TRUE(log_open(run));
     memc(c.nominal, 10, 20);
     if (c.code == fsc::i3458) columns(-30, 6, 1, 0x23);
-    if (c.code == fsc::eval) record = fsc_record_new();
+    if ((c.code & code_class::instrument) == 0 && c.code != fsc::memc && c.code != fsc::memcx) {
+      ASSERT_TRUE(record.set_text(field::text, std::string(70, 'q')));
+    }
     record.set(field::code, c.code);
     run.test = {.test_state = c.state,
                 .neg_tol = 0.5,

@@ -35,8 +35,8 @@ TEST_F(AuthorsGuide, TheFirstProcedureRunsAsPrinted) {
   const std::vector<std::string> sources = blocks("INSTRUMENT:");
   ASSERT_EQ(sources.size(), 2u);
   for (const std::string& text : sources) source(text);
-  desk.reply(answer::ok);              // DISP
-  desk.reply(answer::ok, "10,004");    // MEMI
+  desk.reply(answer::ok);            // DISP
+  desk.reply(answer::ok, "10,004");  // MEMI
   desk.reply(answer::test_continue);
   EXPECT_EQ(go("First procedure"), run_result::finished);
   EXPECT_TRUE(desk.message_numbers().empty());

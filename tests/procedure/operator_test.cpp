@@ -1,7 +1,12 @@
 #include "procedure/operator/statements.h"
 
+#include <algorithm>
+
+#include "config/startup_config.h"
 #include "messages/catalogue.h"
+#include "procedure/operator/judgement.h"
 #include "procedure/operator/lines.h"
+#include "procedure/operator/uut_settings.h"
 #include "procedure/pipeline/run_test.h"
 #include "support/procedures.h"
 
@@ -184,10 +189,313 @@ TEST_F(OperatorStatements, AbortEndsAWait) {
   EXPECT_EQ(m(1), 1);
 }
 
-TEST_F(OperatorStatements, AWaitThatIsNoTimeIsReported) {
-  procedure("Wait", {"WAIT -t soon", "WAIT ready", "END"});
+TEST_F(OperatorStatements, AWaitWithoutATimeShowsItsLinesForAMoment) {
+  procedure("Wait", {"WAIT -temperature falls to [M1]", "END"});
   EXPECT_EQ(go("Wait"), run_result::finished);
-  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4482, 2517}));
+  EXPECT_EQ(clock.slept, 1200u);
+  EXPECT_EQ(desk.of_kind("wait").back().lines, std::vector<std::string>{"-temperature falls to 0"});
+
+  desk.watched = false;
+  EXPECT_EQ(go("Wait"), run_result::finished);
+  EXPECT_EQ(clock.slept, 1200u);
+}
+
+TEST_F(OperatorStatements, AWaitThatIsNoTimeIsReported) {
+  procedure("Wait", {"WAIT -t soon", "WAIT -t", "WAIT [M0]", "END"});
+  EXPECT_EQ(go("Wait"), run_result::finished);
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4482, 4482, 30401, 4481}));
+}
+
+TEST_F(OperatorStatements, ElementsThatShapeLines) {
+  source(test::header("Lines") + line(1, 1, "MATH", "S[2]=\"two\"; x=5; M[1]=1") + "\n" +
+         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" + line(1, 2, "DISP", " and on[NO]!") +
+         "\n" + line(1, 2, "DISP", "last[NO]") + "\n" + line(1, 3, "DISP", "[V y]") + "\n" +
+         line(1, 4, "DISP", "[V SER_NUM$]") + "\n" + line(1, 5, "DISP", "[V]") + "\n" +
+         line(1, 6, "DISP", "[DRAW 100,7,r]") + "\n" + line(1, 7, "DISP", "[DRAW 101,7,R]") + "\n" +
+         line(1, 8, "END", "") + "\n");
+  EXPECT_EQ(go("Lines"), run_result::finished);
+  EXPECT_EQ(desk.of_kind("lines")[0].lines, (std::vector<std::string>{"a", "b two two 5 and on!", "last"}));
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4516, 4517, 4511, 30401}));
+  EXPECT_EQ(run.draw.x, 99);
+  EXPECT_EQ(run.draw.y, 7);
+}
+
+TEST_F(OperatorStatements, RangesAreShownAsTheRecordNamesThem) {
+  struct Case {
+    const char* text;  // from the column of the nominal on
+    const char* shown;
+  };
+  const Case cases[] = {{"10mV", "10mV"},
+                        {"V", "V"},
+                        {"300.0V                       AC", "300V AC"},
+                        {"10A                                         -D", "10A -D"}};
+  for (const Case& c : cases) {
+    desk.shown.clear();
+    procedure("Range", {std::string("RNG ") + c.text, "END"});
+    EXPECT_EQ(go("Range"), run_result::finished);
+    const auto windows = desk.of_kind("lines");
+    ASSERT_EQ(windows.size(), 1u) << c.text;
+    EXPECT_EQ(windows[0].title, "UUT Range");
+    EXPECT_EQ(windows[0].lines, std::vector<std::string>{c.shown});
+  }
+  struct Answer {
+    int code;
+    std::string stop;
+  };
+  for (const Answer& a : {Answer{answer::terminate, msg(5022, "RNG")}, Answer{answer::yes, msg(5021, "RNG")},
+                          Answer{answer::failed, msg(5021, "RNG")}}) {
+    desk.shown.clear();
+    desk.reply(a.code);
+    EXPECT_EQ(go("Range"), run_result::finished);
+    ASSERT_EQ(desk.of_kind("test").size(), 1u) << a.code;
+    EXPECT_EQ(desk.of_kind("test")[0].test.status_text, a.stop);
+  }
+}
+
+TEST_F(OperatorStatements, TextsForTheResults) {
+  const std::string exactly = std::string(45, 'a') + "[MEM2]";
+  procedure("Texts", {"MEM2 =" + std::string(30, 'b'), "RSLT =" + exactly, "RSLT =a" + exactly,
+                      "RSLT Serial?", "RSLT Given up?", "MEMC 0V             1U", "RSLT =behind", "END"});
+  desk.reply(answer::test_continue);  // after 1811
+  desk.reply(answer::ok, "SN 7");
+  desk.reply(answer::terminate);
+  EXPECT_EQ(go("Texts"), run_result::finished);
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{1811});
+  EXPECT_EQ(desk.last_message(), "E1811: The text for the results has 77 characters; 76 are allowed.");
+  EXPECT_EQ(desk.of_kind("ask").size(), 2u);
+  EXPECT_EQ(desk.notes.front(), std::string(45, 'a') + std::string(30, 'b'));
+  const std::string log = contents((folder / "rslt.tmp").string());
+  EXPECT_NE(
+      log.find("0001.002 R " + std::string(45, 'a') + std::string(20, 'b') + "\n0001.002 R bbbbbbbbbb\n"),
+      std::string::npos)
+      << log;
+  EXPECT_NE(log.find("0001.004 R SN 7\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("0001.007 R behind\n"), std::string::npos) << "noted behind the last test";
+  EXPECT_EQ(log.find("Given up"), std::string::npos);
+}
+
+class Settings : public OperatorStatements {
+ protected:
+  std::string list() const {
+    std::string out;
+    for (const auto& [name, value] : run.uut_settings) out += name + "=" + value + ";";
+    return out;
+  }
+};
+
+TEST_F(Settings, AreRecordedChangedAndDropped) {
+  struct Case {
+    const char* text;
+    const char* change;
+    const char* list;
+  };
+  const Case cases[] = {
+      {"Function : DC V", "Function : DC V", "Function=DC V;"},
+      {" Range:10 V : low ", "Range : 10 V : low",
+       "Function=DC V;Range=10 V : low;"},  // the first colon parts
+      {"FUNCTION: AC", "FUNCTION : AC", "Function=AC;Range=10 V : low;"},
+      {"Filter", "", "Function=AC;Range=10 V : low;"},
+      {"autorange", "Range : Autorange", "Function=AC;Range=Autorange;"},
+      {"Range", "Range : no longer set", "Function=AC;"},
+      {"Autorange : off", "Autorange : off", "Function=AC;Autorange=off;"},
+      {"Autorange", "Autorange : no longer set", "Function=AC;"},
+      {"  ", "", ""},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(apply_setting(run, c.text), c.change) << c.text;
+    EXPECT_EQ(list(), c.list) << c.text;
+  }
+}
+
+TEST_F(Settings, AStatementShowsWhatItChanges) {
+  source(test::header("Set") + line(1, 1, "SET", "Function : DC V") + "\n" +
+         line(1, 1, "SET", "Range : {Which range, [MEM]?} V") + "\n" + line(1, 2, "SET", "Unknown") + "\n" +
+         line(1, 3, "SET", "A : " + std::string(29, 'x')) + "\n" + line(1, 4, "SET", ": x") + "\n" +
+         line(1, 5, "SET", "A : {open") + "\n" + line(1, 6, "SET", "A : {Value?}") + "\n" +
+         line(1, 7, "ASK-", std::string(19, ' ') + "S") + "\n" +
+         line(1, 8, "SET", "A : " + std::string(28, 'x')) + "\n" + line(1, 9, "END", "") + "\n");
+  desk.reply(answer::ok, "[M0]{");  // what is typed is no text of the procedure
+  desk.reply(answer::ok);
+  for (int stop = 0; stop < 3; ++stop) desk.reply(answer::test_continue);
+  desk.reply(answer::terminate);
+  EXPECT_EQ(go("Set"), run_result::finished);
+  const auto windows = desk.of_kind("lines");
+  ASSERT_EQ(windows.size(), 1u);
+  EXPECT_EQ(windows[0].title, "UUT Setting");
+  EXPECT_EQ(windows[0].lines, (std::vector<std::string>{"Function : DC V", "Range : [M0]{ V"}));
+  EXPECT_EQ(desk.of_kind("ask")[0].lines, std::vector<std::string>{"Which range, 0?"});
+  EXPECT_EQ(desk.of_kind("ask")[0].title, "UUT Setting");
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{1828, 30713, 30402}));
+  EXPECT_NE(desk.shown[desk.shown.size() - 1].kind, "lines");
+  EXPECT_EQ(desk.of_kind("test").size(), 4u);
+  EXPECT_EQ(list(), "A=" + std::string(28, 'x') + ";")
+      << "32 characters fit; each dialog has emptied the list";
+}
+
+TEST_F(Settings, TheListIsOfferedWhileItHoldsEntries) {
+  procedure("List", {"SET A : 1", "SET B : two", "MEMC 0V             1U", "MEMC 0V             1U", "END"});
+  run.options = 0;
+  desk.reply(answer::ok);
+  desk.reply(answer::ok);
+  desk.reply(answer::test_settings);
+  desk.reply(answer::ok);
+  EXPECT_EQ(go("List"), run_result::finished);
+  const auto tests = desk.of_kind("test");
+  ASSERT_EQ(tests.size(), 3u);  // the first one waits again behind its list
+  const auto offers = [](const test::Shown& window) {
+    return std::any_of(window.buttons.begin(), window.buttons.end(),
+                       [](const Button& button) { return button.code == answer::test_settings; });
+  };
+  EXPECT_TRUE(offers(tests[0]));
+  EXPECT_TRUE(offers(tests[1]));
+  EXPECT_FALSE(offers(tests[2])) << "emptied after the dialog";
+  const auto lists = desk.of_kind("choose");
+  ASSERT_EQ(lists.size(), 1u);
+  EXPECT_EQ(lists[0].lines, (std::vector<std::string>{"\tA\t:\t1", "\tB\t:\ttwo"}));
+
+  desk.shown.clear();
+  for (const int code : {answer::ok, answer::ok, answer::test_settings, answer::failed}) desk.reply(code);
+  EXPECT_EQ(go("List"), run_result::finished);
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{4702});
+}
+
+TEST_F(OperatorStatements, PicturesStandWhereDrawHasPutThem) {
+  startup_config().picdir = folder.string();
+  for (const char* name : {"front.png", "two words.png"}) write(name, "");
+  const std::string absolute = write("abs.png", "");
+  source(test::header("Pic") + line(1, 1, "DRAW", "10  5 60 99                   3  0  0  0") + "\n" +
+         line(1, 2, "PIC", "front.png  Connect [MEM].") + "\n" + line(1, 2, "PIC", "Then wait.") + "\n" +
+         line(1, 3, "PIC", "\"two words.png\"") + "\n" + line(1, 4, "PICE", absolute + " Lit?") + "\n" +
+         line(1, 5, "END", "") + "\n");
+  desk.reply(answer::ok);
+  desk.reply(answer::terminate);
+  desk.reply(answer::test_continue);
+  desk.reply(answer::no);
+  EXPECT_EQ(go("Pic"), run_result::finished);
+  const auto windows = desk.of_kind("lines");
+  ASSERT_EQ(windows.size(), 3u);
+  const Picture& first = windows[0].picture.value();
+  EXPECT_EQ(first.path, (folder / "front.png").string());
+  EXPECT_EQ(first.title, "UUT Left View");
+  ASSERT_TRUE(first.frame.has_value());
+  EXPECT_EQ(first.frame->x, 10);
+  EXPECT_EQ(first.frame->y, 5);
+  EXPECT_EQ(first.frame->width, 60);
+  EXPECT_EQ(first.frame->height, 99);
+  EXPECT_EQ(windows[0].lines, (std::vector<std::string>{"Connect 0.", "Then wait."}));
+  EXPECT_EQ(windows[1].picture->path, (folder / "two words.png").string());
+  EXPECT_TRUE(windows[1].lines.empty());
+  EXPECT_EQ(windows[2].picture->path, absolute);
+  EXPECT_EQ(windows[2].title, "Test Evaluation");
+  ASSERT_EQ(desk.results.size(), 1u);
+  EXPECT_EQ(desk.results[0].status_text, "FAIL");
+  EXPECT_EQ(desk.of_kind("test")[0].test.status_text, msg(5022, "PIC"));
+}
+
+TEST(EvalText, ItsFirstWordIsTheMode) {
+  struct Case {
+    const char* text;
+    EvalMode mode;
+    const char* expression;
+    const char* shown;
+  };
+  const Case cases[] = {
+      {"Is it on?", EvalMode::ask, "", "Is it on?"},
+      {"-extra: is it on?", EvalMode::ask, "", "-extra: is it on?"},
+      {"  -E  M[1] > 2 : in range", EvalMode::expression, "M[1] > 2", "in range"},
+      {"-e zcmp(S[1],\"a:b\\\":\"):c:d", EvalMode::expression, "zcmp(S[1],\"a:b\\\":\")", "c:d"},
+      {"-e 1", EvalMode::expression, "1", ""},
+      {"-s S[1]: right?", EvalMode::text, "S[1]", "right?"},
+      {"-s", EvalMode::text, "", ""},
+  };
+  for (const Case& c : cases) {
+    const EvalText parts = eval_text(c.text);
+    EXPECT_EQ(parts.mode, c.mode) << c.text;
+    EXPECT_EQ(parts.expression, c.expression) << c.text;
+    EXPECT_EQ(parts.shown, c.shown) << c.text;
+  }
+}
+
+TEST_F(OperatorStatements, JudgementsAreResults) {
+  struct Case {
+    std::string text;
+    int code;  // of the window; 0: there is none
+    const char* form;
+    const char* status;
+    std::string line1, line2;
+  };
+  const std::string blank79(79, ' ');
+  const auto line_of = [&](std::size_t column, std::string_view text, std::string line) {
+    return line.replace(column, text.size(), text);
+  };
+  const std::string one = line_of(0, "  1", blank79);
+  const Case cases[] = {
+      {"Is it on?", answer::yes, "pt_Operator_Evaluation", "PASS",
+       line_of(73, "PASS", line_of(8, "Is it on?", one)), blank79},
+      {"Is it on?", answer::no, "pt_Operator_Evaluation", "FAIL",
+       line_of(73, "FAIL", line_of(8, "Is it on?", one)), line_of(60, "NOTIFY USER", blank79)},
+      {"-e MEM == 0: at zero", 0, "pt_Expression_Evaluation", "PASS",
+       line_of(73, "PASS", line_of(8, "at zero", one)), blank79},
+      {"-e MEM > 0", 0, "pt_Expression_Evaluation", "FAIL",
+       line_of(73, "FAIL", line_of(8, "Result of Operator Evaluation", one)),
+       line_of(60, "NOTIFY USER", blank79)},
+      {"-s \"SN\" & 5: right?", answer::yes, "pt_Operator_Evaluation", "PASS",
+       line_of(73, "PASS", line_of(8, "SN5", one)), blank79},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    desk.shown.clear();
+    desk.results.clear();
+    source(test::header("Eval") + "  1.001  EVAL   " + c.text + "\n" + line(1, 2, "END", "") + "\n");
+    if (c.code != 0) desk.reply(c.code);
+    EXPECT_EQ(go("Eval"), run_result::finished);
+    const auto windows = desk.of_kind("lines");
+    ASSERT_EQ(windows.size(), c.code != 0 ? 1u : 0u);
+    if (c.code != 0) {
+      EXPECT_EQ(windows[0].title, "Test Evaluation");
+      EXPECT_EQ(windows[0].buttons[0].code, answer::yes);
+      EXPECT_EQ(windows[0].buttons[1].code, answer::no);
+      EXPECT_EQ(windows[0].buttons[2].code, answer::terminate);
+    }
+    const auto tests = desk.of_kind("test");
+    ASSERT_EQ(tests.size(), 1u);
+    EXPECT_EQ(tests[0].test.form, c.form);
+    const bool fails = std::string_view(c.status) == "FAIL";
+    ASSERT_EQ(desk.results.size(), 1u);
+    EXPECT_EQ(desk.results[0].status_text, c.status);
+    EXPECT_EQ(desk.results[0].line1, c.line1);
+    EXPECT_EQ(desk.results[0].line2, c.line2);
+    EXPECT_EQ(desk.results[0].colour, fails ? result_colour::fail : result_colour::pass);
+    EXPECT_FALSE(desk.results[0].percent.has_value());
+    EXPECT_EQ(run.decision.result_flags, fails ? 0x04u : 0x02u);
+    EXPECT_EQ((run.test.test_state & test_bit::failed) != 0, fails);
+    const std::string log = contents((folder / "rslt.tmp").string());
+    EXPECT_NE(log.find("0001.001 E " + c.line1), std::string::npos) << log;
+    EXPECT_NE(log.find("0001.001 E " + c.line2), std::string::npos) << log;
+  }
+}
+
+TEST_F(OperatorStatements, AJudgementThatIsNotMadeIsNoResult) {
+  source(test::header("Eval") + "  1.001  EVAL   Is it on?\n" + "  2.001  EVAL   -e M[1] >: what\n" +
+         "  3.001  EVAL   -s nothing(1): what\n" + line(4, 1, "END", "") + "\n");
+  desk.reply(answer::terminate);
+  EXPECT_EQ(go("Eval"), run_result::finished);
+  EXPECT_TRUE(desk.results.empty());
+  EXPECT_EQ(desk.of_kind("test").size(), 3u);
+  EXPECT_EQ(desk.of_kind("lines").size(), 1u) << "what cannot be evaluated is not asked either";
+}
+
+TEST_F(OperatorStatements, TheLaboratorysTextsStandInTheWindowAtATest) {
+  startup_config().pass_prompt = write("pass.txt", "Attach a label.\r\nGreen.\r\n");
+  startup_config().fail_prompt = (folder / "absent.txt").string();
+  procedure("Texts", {"MEMC 0V             1U", "MEMC 9V             1U", "END"});
+  EXPECT_EQ(go("Texts"), run_result::finished);
+  const auto tests = desk.of_kind("test");
+  ASSERT_EQ(tests.size(), 2u);
+  EXPECT_EQ(tests[0].test.texts.back().label, msg(7121));
+  EXPECT_EQ(tests[0].test.texts.back().text, "Attach a label.\nGreen.");
+  EXPECT_NE(tests[1].test.texts.back().label, msg(7121));
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{30715});
 }
 
 }  // namespace

@@ -71,6 +71,9 @@ class Desk : public Operator {
   void enable_abort_menu(bool run_is_on) override { abort_menu.push_back(run_is_on); }
   void progress(const RunProgress& progress) override { progress_shown.push_back(progress); }
 
+  bool is_watched() const override { return watched; }
+
+  bool watched = true;
   bool press_abort_in_wait = false;  // the next please-wait window has its Abort pressed
 
  private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/platform.h"
 #include "procedure/file/procedure.h"
 #include "text/expand.h"
 
@@ -53,6 +54,24 @@ bool gather_statement(const ProcNode& last, std::vector<std::string_view>& texts
   return complete;
 }
 
+bool shown_lines(Statement& s, std::span<const std::string_view> texts, std::vector<std::string>& lines) {
+  std::string open;  // what the record before has left unfinished
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    std::string expanded;
+    bool goes_on = false;
+    if (!expand_line(s.run, s.record, texts[i], expanded, goes_on)) return false;
+    open += expanded;
+    if (goes_on && i + 1 < texts.size()) continue;
+    for (std::string& line : wrap_lines(open)) lines.push_back(std::move(line));
+    open.clear();
+  }
+  return true;
+}
+
+int show_lines(const LinesWindow& window) {
+  return platform().desk != nullptr ? platform().desk->lines(window) : answer::failed;
+}
+
 bool window_lines(Statement& s, std::vector<std::string>& lines, std::string_view cut_from_first) {
   std::vector<std::string_view> texts;
   static_cast<void>(gather_statement(*s.node, texts));
@@ -60,12 +79,7 @@ bool window_lines(Statement& s, std::vector<std::string>& lines, std::string_vie
     texts.front().remove_prefix(cut_from_first.size());
     if (!cut_from_first.empty() && texts.front().starts_with(' ')) texts.front().remove_prefix(1);
   }
-  for (const std::string_view text : texts) {
-    std::string expanded;
-    if (!expand_text(s.run, s.record, text, expanded)) return false;
-    for (std::string& line : wrap_lines(expanded)) lines.push_back(std::move(line));
-  }
-  return true;
+  return shown_lines(s, texts, lines);
 }
 
 }  // namespace orvane

@@ -1,10 +1,12 @@
 // Lines of operator statements: a statement of several records is gathered at its last record and shown at once.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/operator.h"
 #include "state/statement.h"
 
 namespace orvane {
@@ -24,6 +26,13 @@ std::vector<std::string> wrap_lines(std::string_view text, std::size_t limit = o
 /// lines from the first one that stands are shown. False after a report.
 [[nodiscard]] bool window_lines(Statement& statement, std::vector<std::string>& lines,
                                 std::string_view cut_from_first = {});
+
+/// Expands and wraps texts that are known already.
+[[nodiscard]] bool shown_lines(Statement& statement, std::span<const std::string_view> texts,
+                               std::vector<std::string>& lines);
+
+/// Shows a window and waits for its button; answer::failed without a desk.
+int show_lines(const LinesWindow& window);
 
 /// True for the record at which a statement of several acts.
 inline bool is_last_record(const Statement& statement) { return statement.record.has_flag(line_flag::last); }

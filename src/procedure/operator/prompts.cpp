@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "evaluation/result_log.h"
 #include "platform/platform.h"
 #include "procedure/file/procedure.h"
 #include "procedure/operator/lines.h"
@@ -21,14 +22,12 @@ namespace {
 
 constexpr std::size_t number_entry_limit = 15;
 
-enum class Entry { given, cancelled, failed };
-
-// The "Operator Prompt" window: one text.
-Entry prompt(std::string_view text, std::size_t limit, std::string& entry) {
+Entry ask(std::string_view title, std::string_view text, std::size_t limit, int first_row,
+          std::string& entry) {
   AskWindow window;
-  window.title = "Operator Prompt";
+  window.title = title;
   window.lines = wrap_lines(text);
-  window.buttons = {standard_button(button_row::ok, answer::ok, true),
+  window.buttons = {standard_button(first_row, answer::ok, true),
                     standard_button(button_row::cancel, answer::terminate)};
   window.length = limit;
   entry.clear();
@@ -88,7 +87,20 @@ bool assigns(const Statement& s) {
   return gather_statement(*s.node, texts) && texts.front().starts_with('=');
 }
 
+void add_to_results(RunState& run, const FscRecord& record, std::string_view text) {
+  note_add(run, PendingNote::rslt, record.test_major(), record.test_minor(), text);
+  if (Operator* desk = platform().desk) desk->result_note(text, result_colour::comment);
+}
+
 }  // namespace
+
+Entry prompt_text(std::string_view text, std::size_t limit, std::string& entry) {
+  return ask("Operator Prompt", text, limit, button_row::ok, entry);
+}
+
+Entry prompt_text(std::string_view title, std::string_view text, std::size_t limit, std::string& entry) {
+  return ask(title, text, limit, button_row::enter, entry);
+}
 
 bool run_memi(Statement& s) {
   if (!is_last_record(s)) return true;
@@ -96,7 +108,7 @@ bool run_memi(Statement& s) {
   if (!joined_text(s, "\n", 0, text)) return false;
   for (;;) {
     std::string entry;
-    switch (prompt(text, number_entry_limit, entry)) {
+    switch (prompt_text(text, number_entry_limit, entry)) {
       case Entry::failed: return run_error(s.run, 374);
       case Entry::cancelled: s.run.set(run_flag::skip_test); return true;
       case Entry::given: break;
@@ -112,12 +124,30 @@ bool run_mem2(Statement& s) {
   std::string text;
   if (!joined_text(s, "\n", 0, text)) return false;
   std::string entry;
-  switch (prompt(text, RegisterFile::mem2_limit, entry)) {
+  switch (prompt_text(text, RegisterFile::mem2_limit, entry)) {
     case Entry::failed: return run_error(s.run, 374);
     case Entry::cancelled: s.run.set(run_flag::skip_test); return true;
     case Entry::given: break;
   }
   s.run.registers.mem2 = trimmed(entry);
+  return true;
+}
+
+bool run_rslt(Statement& s) {
+  std::string text;
+  if (!expand_text(s.run, s.record, s.record.text(field::text), text)) return false;
+  if (text.size() > result_text_limit) return run_error(s.run, 1811, text.size(), result_text_limit);
+  if (text.starts_with('=')) {
+    add_to_results(s.run, s.record, std::string_view(text).substr(1));
+    return true;
+  }
+  std::string entry;
+  switch (prompt_text(text, result_text_limit, entry)) {
+    case Entry::failed: return run_error(s.run, 374);
+    case Entry::cancelled: s.run.set(run_flag::skip_test); return true;
+    case Entry::given: break;
+  }
+  add_to_results(s.run, s.record, entry);
   return true;
 }
 

@@ -2,12 +2,18 @@
 
 #include "platform/platform.h"
 #include "procedure/file/procedure.h"
+#include "procedure/operator/judgement.h"
 #include "procedure/operator/lines.h"
+#include "procedure/operator/pictures.h"
+#include "procedure/operator/programs.h"
 #include "procedure/operator/prompts.h"
+#include "procedure/operator/uut_settings.h"
 #include "procedure/operator/wait.h"
 #include "state/buttons.h"
 #include "state/report.h"
 #include "text/expand.h"
+#include "values/numbers.h"
+#include "values/units.h"
 
 namespace orvane {
 namespace {
@@ -16,7 +22,7 @@ constexpr std::size_t mess_limit = 8;
 constexpr int fallback_needed = 689;
 
 bool desk_lines(const LinesWindow& window, int& code) {
-  code = platform().desk != nullptr ? platform().desk->lines(window) : answer::failed;
+  code = show_lines(window);
   return code != answer::failed;
 }
 
@@ -84,6 +90,32 @@ bool run_opbr(Statement& s) {
   return true;
 }
 
+// The range as the record names it: number, prefix and unit, and what kind of signal.
+std::string range_text(const FscRecord& record) {
+  const std::uint8_t flags = record.get(field::rng_flags);
+  std::string text;
+  if ((flags & rng_flag::value) != 0) text = print_number(record.get(field::rng_value), 'g', 12);
+  text += prefix_display(record.get(field::rng_prefix)).value_or("");
+  text += unit_display(record.get(field::rng_unit)).value_or("");
+  if ((flags & rng_flag::ac) != 0) text += text.empty() ? "AC" : " AC";
+  if ((flags & rng_flag::minus_d) != 0) text += text.empty() ? "-D" : " -D";
+  return text;
+}
+
+bool run_rng(Statement& s) {
+  LinesWindow window;
+  window.kind = WindowKind::range;
+  window.title = "UUT Range";
+  window.lines = {range_text(s.record)};
+  window.buttons = {standard_button(button_row::ok, answer::ok, true),
+                    standard_button(button_row::terminate, answer::terminate)};
+  switch (show_lines(window)) {
+    case answer::ok: return true;
+    case answer::terminate: s.run.set(run_flag::skip_test); return true;
+    default: return run_error(s.run, 30710);
+  }
+}
+
 bool run_ask_plus(Statement& s) {
   s.run.options = ask_plus(s.run.options, s.record.get(field::ask_options));
   return true;
@@ -98,6 +130,9 @@ constexpr HandlerRow rows[] = {
     {fsc::disp, run_disp}, {fsc::mess, run_mess},         {fsc::head, run_head},
     {fsc::opbr, run_opbr}, {fsc::ask_plus, run_ask_plus}, {fsc::ask_minus, run_ask_minus},
     {fsc::memi, run_memi}, {fsc::mem2, run_mem2},         {fsc::wait, run_wait},
+    {fsc::rslt, run_rslt}, {fsc::rng, run_rng},           {fsc::draw, run_draw},
+    {fsc::pic, run_pic},   {fsc::pice, run_pice},         {fsc::eval, run_eval},
+    {fsc::dos, run_dos},   {fsc::dose, run_dose},         {fsc::set, run_set},
 };
 
 }  // namespace

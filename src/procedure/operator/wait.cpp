@@ -6,17 +6,16 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "procedure/operator/lines.h"
 #include "procedure/operator/statements.h"
-#include "state/fsc.h"
 #include "state/pump.h"
 #include "state/report.h"
-#include "text/expand.h"
 #include "values/numbers.h"
 
 namespace orvane {
 namespace {
 
-constexpr std::uint32_t granularity = 250;  // milliseconds
+constexpr std::uint32_t granularity = 250, closing_pause = 1200;  // milliseconds
 
 std::string_view without_blanks(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t");
@@ -76,16 +75,47 @@ std::optional<std::uint32_t> wait_time(std::string_view text) {
   return std::nullopt;
 }
 
-bool run_wait(Statement& s) {
-  std::string expanded;
-  if (!expand_text(s.run, s.record, s.record.text(field::text), expanded)) return run_error(s.run, 4481);
-  std::string_view text = without_blanks(expanded);
-  if (!text.starts_with("-t")) return run_error(s.run, 2517, fsc_name(fsc_ordinal(s.record.code())));
-  text = without_blanks(text.substr(2));
+namespace {
+
+bool timed_wait(Statement& s, std::string_view text) {
   const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
   const auto time = wait_time(text.substr(0, end));
   if (!time) return run_error(s.run, 4482, text.substr(0, end));
   wait_with_window(*time, std::string(without_blanks(text.substr(end))));
+  return true;
+}
+
+// "-t", and a time behind it: "-temperature" is a text to show.
+bool is_timed(std::string_view text) {
+  if (!text.starts_with("-t")) return false;
+  return text.size() == 2 || (text[2] >= '0' && text[2] <= '9') || text[2] == ' ' || text[2] == '\t';
+}
+
+// The lines fill a please-wait window one by one; the last one stays a moment.
+void lines_in_window(const std::vector<std::string>& lines) {
+  Operator* desk = platform().desk;
+  if (desk == nullptr || lines.empty()) return;
+  std::string text = lines.front();
+  const std::unique_ptr<WaitWindow> window =
+      desk->wait({.title = msg(30045), .text = text, .abort_button = false});
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    text += "\n" + lines[i];
+    window->update(text);
+  }
+  if (desk->is_watched()) pumping_wait(closing_pause);
+}
+
+}  // namespace
+
+bool run_wait(Statement& s) {
+  if (!is_last_record(s)) return true;
+  std::vector<std::string_view> texts;
+  std::vector<std::string> lines;
+  static_cast<void>(gather_statement(*s.node, texts));
+  if (!shown_lines(s, texts, lines)) return run_error(s.run, 4481);
+  const std::string_view text = lines.empty() ? std::string_view() : without_blanks(lines.front());
+  if (is_timed(text)) return timed_wait(s, without_blanks(text.substr(2)));
+  lines_in_window(lines);
   return true;
 }
 

@@ -8,6 +8,7 @@
 #include "instruments/standards.h"
 #include "platform/files.h"
 #include "procedure/file/ascii.h"
+#include "procedure/operator/pictures.h"
 #include "procedure/pipeline/check_block.h"
 #include "procedure/pipeline/scan.h"
 #include "state/fsc.h"
@@ -65,12 +66,8 @@ bool scan_addresses(RunState& run, const FscRecord& record, AddressKind kind) {
 // --- Files and standards ---------------------------------------------------------------------------------------
 
 bool scan_picture(RunState& run, const ProcNode& node) {
-  if (!node.record->has_flag(line_flag::first)) return true;
-  const std::string_view name = trim_blanks(node.record->text(field::text));
-  if (name.empty()) return true;
-  std::string path;
-  const bool named = join_path(path, path_limit, startup_config().picdir, name);
-  return (named && is_ordinary_file(path)) || run_error(run, 1805, named ? path : std::string(name));
+  const std::string path = picture_of(*node.record);
+  return path.empty() || is_ordinary_file(path) || run_error(run, 1805, path);
 }
 
 bool scan_standard(RunState& run, const ProcNode& node) {

@@ -1,6 +1,7 @@
 #include "procedure/run/post_test.h"
 
 #include "evaluation/decision.h"
+#include "evaluation/judgement.h"
 #include "evaluation/memc.h"
 #include "evaluation/result_lines.h"
 #include "evaluation/result_log.h"
@@ -64,6 +65,10 @@ class PostTest {
 
   // Tolerance and percent of tolerance. A result that is no number never becomes a decision.
   bool judge() {
+    if (brings_outcome(record_)) {
+      percent_ = program_percent(run_, record_);
+      return true;
+    }
     if (!settle_tolerance(run_, record_, reference_)) return stop_as_statement();
     if (percent_of_tolerance(run_.test, percent_)) return true;
     run_.set(run_flag::terminate);

@@ -2,9 +2,12 @@
 
 #include "config/startup_config.h"
 #include "evaluation/result_log.h"
+#include "messages/encoding.h"
+#include "platform/files.h"
 #include "platform/platform.h"
 #include "procedure/file/listing.h"
 #include "procedure/file/procedure.h"
+#include "procedure/run/settings_window.h"
 #include "state/buttons.h"
 #include "state/fsc.h"
 #include "state/report.h"
@@ -58,10 +61,38 @@ constexpr TextRow text_rows[] = {
     {7118, &DecisionBlock::unc_text},     {7119, &DecisionBlock::remark},
 };
 
+// One template a kind of statement.
+std::string template_of(const RunState& run, const FscRecord& record, bool stopped) {
+  if (stopped) return "pt_Terminate";
+  switch (record.code()) {
+    case fsc::dose: return "pt_User_Program_Evaluation";
+    case fsc::eval: return run.test.by_expression ? "pt_Expression_Evaluation" : "pt_Operator_Evaluation";
+    case fsc::pice: return "pt_Operator_Evaluation";
+    default: return "pt_Result";
+  }
+}
+
+// What the laboratory wants its operators to read at a test that passed or failed: the text file of a key.
+std::string explanation(const RunState& run) {
+  constexpr std::size_t text_limit = 65536;
+  const bool failed = (run.test.test_state & test_bit::failed) != 0;
+  const std::string& path = failed ? startup_config().fail_prompt : startup_config().pass_prompt;
+  std::string text;
+  if (path.empty()) return text;
+  if (read_file(path, text_limit, text) != ReadResult::ok) {
+    errp(30715, path);
+    return {};
+  }
+  text = cp1252_from_either(text);
+  std::erase(text, '\r');
+  while (text.ends_with('\n')) text.pop_back();
+  return text;
+}
+
 TestWindow make_window(const RunState& run, const FscRecord& record, const TestDialog& dialog) {
   const DecisionBlock& decision = run.decision;
   TestWindow window;
-  window.form = dialog.stopped ? "pt_Terminate" : "pt_Result";
+  window.form = template_of(run, record, dialog.stopped);
   window.title = msg(dialog.stopped ? 7123 : 7122);
   if (dialog.stopped) {
     window.status_text = dialog.stop_message;
@@ -73,6 +104,8 @@ TestWindow make_window(const RunState& run, const FscRecord& record, const TestD
       const std::string& text = decision.*row.text;
       if (!text.empty()) window.texts.push_back({msg(row.label), text});
     }
+    if (std::string text = explanation(run); !text.empty())
+      window.texts.push_back({msg(7121), std::move(text)});
   }
   for (const ButtonRow& row : button_rows) {
     const bool is_default = row.code == answer::test_continue;
@@ -147,6 +180,10 @@ TestDecision pt_dialog(RunState& run, Procedure& procedure, const TestDialog& di
         if (answered == answer::ok) return {answer::test_continue, true};
         break;
       }
+      case answer::test_settings:
+        if (show_uut_settings(run)) break;
+        errp(4702);
+        return {answer::failed, false};
       default: return {code, false};
     }
   }
