@@ -17,6 +17,18 @@ bool is_ordinary_file(const std::string& path);
 /// Size in bytes; nothing if the file cannot be asked.
 std::optional<std::uint64_t> file_size(const std::string& path);
 
+/// What tells a file from the file that stood there before: read it again when the stamp differs. A file that was
+/// written twice within the grain of the system's clock may keep its times, so a young stamp proves nothing.
+struct FileStamp {
+  std::uint64_t size = 0;
+  std::int64_t modified = 0;  // nanoseconds since 1970
+  std::int64_t changed = 0;   // the same, of its entry in the file system
+  std::uint64_t identity = 0;
+  friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+/// Nothing if the file cannot be asked.
+std::optional<FileStamp> file_stamp(const std::string& path);
+
 /// Directory and name with one separator between them. A directory that ends in "\" or "/" gets no further one; an
 /// absolute name stands alone, and so does a name behind an empty directory. Fails when the result has `limit` or
 /// more characters.

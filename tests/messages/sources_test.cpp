@@ -190,6 +190,9 @@ constexpr const char* bus = "src/instruments/bus_statements.cpp";
 constexpr const char* addresses = "src/instruments/bus_address.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
 const Table tables[] = {
+    {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"((?:return|\?) (\d{3,4})\b)", "sdss"},
+    {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"(: (2872|348);)", "sdss"},
+    {"src/instruments/bench_checks.cpp", "row.missing", "src/instruments/bench_checks.cpp", R"(\{(?:\d+|DevAddress::lemo_port), \d+, (\d+)\})", "sss"},
     {"src/instruments/comm.cpp", "row.number", "src/instruments/comm.cpp", R"(serial_fault::\w+, (\d+)\})", "d"},
     {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp",
      R"(\b(?:put_byte|send_settings|system_fault)\([^;]*?\b(77\d\d)\b)", "d"},

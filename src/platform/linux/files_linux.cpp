@@ -45,6 +45,18 @@ bool replace_file(const std::string& path, std::string_view contents) {
   return ok;
 }
 
+std::optional<FileStamp> file_stamp(const std::string& path) {
+  struct stat facts {};
+  if (::stat(path.c_str(), &facts) != 0) return std::nullopt;
+  const auto nanoseconds = [](const timespec& time) {
+    return std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+  };
+  return FileStamp{.size = static_cast<std::uint64_t>(facts.st_size),
+                   .modified = nanoseconds(facts.st_mtim),
+                   .changed = nanoseconds(facts.st_ctim),
+                   .identity = facts.st_ino};
+}
+
 bool is_sharing_violation(int system_error) {
   return system_error == EBUSY || system_error == ETXTBSY || system_error == EAGAIN;
 }

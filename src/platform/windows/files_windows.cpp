@@ -29,6 +29,28 @@ bool replace_file(const std::string& path, std::string_view contents) {
   return ok;
 }
 
+std::optional<FileStamp> file_stamp(const std::string& path) {
+  const HANDLE file =
+      ::CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+  BY_HANDLE_FILE_INFORMATION facts{};
+  FILE_BASIC_INFO times{};
+  const bool known = ::GetFileInformationByHandle(file, &facts) != 0 &&
+                     ::GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times) != 0;
+  ::CloseHandle(file);
+  if (!known) return std::nullopt;
+  constexpr std::int64_t ticks_to_1970 = 116444736000000000, nanoseconds_of_tick = 100;
+  const auto nanoseconds = [](const LARGE_INTEGER& time) {
+    return (time.QuadPart - ticks_to_1970) * nanoseconds_of_tick;
+  };
+  const auto joined = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
+  return FileStamp{.size = joined(facts.nFileSizeHigh, facts.nFileSizeLow),
+                   .modified = nanoseconds(times.LastWriteTime),
+                   .changed = nanoseconds(times.ChangeTime),
+                   .identity = joined(facts.nFileIndexHigh, facts.nFileIndexLow)};
+}
+
 bool is_sharing_violation(int system_error) {
   const DWORD error = ::GetLastError();
   return system_error == EACCES && (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION);
