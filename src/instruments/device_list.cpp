@@ -186,7 +186,7 @@ void dev_clear_flags(std::uint16_t code, std::uint16_t flags) {
 
 DevLockResult dev_lock(DevLock operation) {
   static constexpr std::string_view section = "startup", key = "lock";
-  static constexpr std::string_view own = "RunTime", editor = "Editor", none = "None";
+  static constexpr std::string_view own = "RunTime", none = "None";
   const std::string holder = profile_get(config_path(), section, key).value_or(std::string(none));
   const bool free = holder.empty() || same_word(holder, none);
   switch (operation) {
@@ -195,7 +195,7 @@ DevLockResult dev_lock(DevLock operation) {
         errp(2494, holder);
         return DevLockResult::failed;
       }
-      return profile_put(config_path(), section, key, own) ? DevLockResult::done : DevLockResult::failed;
+      return profile_put(config_path(), section, key, own) ? DevLockResult::done : DevLockResult::not_written;
     case DevLock::release:
       if (!same_word(holder, own)) {
         errp(2493, holder);
@@ -204,11 +204,10 @@ DevLockResult dev_lock(DevLock operation) {
       break;
     case DevLock::clear_own:
       if (free) return DevLockResult::nobody;
-      if (same_word(holder, editor)) return DevLockResult::editor;
       if (!same_word(holder, own)) return DevLockResult::editor;
       break;
   }
-  return profile_put(config_path(), section, key, none) ? DevLockResult::done : DevLockResult::failed;
+  return profile_put(config_path(), section, key, none) ? DevLockResult::done : DevLockResult::not_written;
 }
 
 }  // namespace orvane

@@ -104,9 +104,9 @@ void dev_clear_flags(std::uint16_t code, std::uint16_t flags);
 /// The lock on the instrument configuration between this program and the editor: the key "lock" of the section
 /// "startup" of the startup configuration, with the words "RunTime", "Editor" and "None".
 enum class DevLock { take, release, clear_own };
-enum class DevLockResult { failed, done, nobody, editor };
+enum class DevLockResult { failed, done, nobody, editor, not_written };
 /// take: message 2494 if anybody holds it. release: 2493 if this program does not. clear_own: nobody and editor say
-/// who holds it, nothing is then written. A write that fails is 2242.
+/// who holds it, nothing is then written. not_written: after message 2242.
 DevLockResult dev_lock(DevLock operation);
 
 }  // namespace orvane

@@ -26,11 +26,14 @@ std::vector<Entry>& entries() {
   return list;
 }
 
+// "\n", "\t" and "\\"; any other backslash stands for itself.
 std::string unescape(std::string_view text) {
   std::string out;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\\' && i + 1 < text.size() && (text[i + 1] == 'n' || text[i + 1] == '\\')) {
-      out += text[++i] == 'n' ? '\n' : '\\';
+    const char next = text[i] == '\\' && i + 1 < text.size() ? text[i + 1] : '\0';
+    if (next == 'n' || next == 't' || next == '\\') {
+      out += next == 'n' ? '\n' : next == 't' ? '\t' : '\\';
+      ++i;
     } else {
       out += text[i];
     }
@@ -191,7 +194,8 @@ bool catalogue_load(const std::string& path, std::string& reason) {
     }
     list.push_back(std::move(entry));
   }
-  std::stable_sort(list.begin(), list.end(), [](const Entry& a, const Entry& b) { return a.number < b.number; });
+  std::stable_sort(list.begin(), list.end(),
+                   [](const Entry& a, const Entry& b) { return a.number < b.number; });
   for (std::size_t i = 1; i < list.size(); ++i) {
     if (list[i - 1].number != list[i].number) continue;
     reason = path + ": message " + std::to_string(list[i].number) + " stands twice";

@@ -1,5 +1,5 @@
 // The catalogue of numbered messages: one text file a language, one line a number, `2517 FSC "%s" is not known.`
-// Lines that are empty or begin with "#" are skipped; "\n" in a text is a line break. The files are UTF-8; texts
+// Lines that are empty or begin with "#" are skipped; "\n" in a text is a line break, "\t" parts columns. The files are UTF-8; texts
 // are turned into Windows-1252 as they are read.
 //
 // A text is a format with the directives of the C library. Arguments are packed with their types, and a directive

@@ -72,6 +72,7 @@ struct PipelineState {
   std::vector<RunVariable> entries;    // by the operator, kept over the start of the run; sorted by name
   std::vector<RequiredInstrument> required;
   PreRun pre_run;
+  std::vector<std::string> standards_used;  // that a STD statement of this run has named
   RunTimes times;
   RunPlace progress;
   std::size_t adjustments = 0;  // tests with an "ADJUST PERFORMED" line

@@ -119,6 +119,8 @@ int Desk::choose(const ChoiceWindow& window, std::size_t& row) {
             .form = {},
             .picture = {}};
   for (std::size_t i = 0; i < window.rows->count(); ++i) one.lines.push_back(window.rows->row(i));
+  one.choice = window;
+  one.choice.rows = nullptr;
   shown.push_back(std::move(one));
   const Reply reply = next(window.buttons, answer::ok);
   row = reply.row;

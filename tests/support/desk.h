@@ -32,6 +32,7 @@ struct Shown {
   TestWindow test;
   FormWindow form;  // as it came in
   std::optional<Picture> picture;
+  ChoiceWindow choice = {};  // of a list; its rows are gone, their texts stand in `lines`
 };
 
 /// Answers windows from `replies`, in order. A window without a reply left gets its default button (the first button

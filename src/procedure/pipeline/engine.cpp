@@ -1,5 +1,6 @@
 #include "procedure/pipeline/engine.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "config/profile.h"
@@ -47,14 +48,27 @@ bool open_debug_log(const std::string& path) {
   return debug_log_open(startup_config().workdir);
 }
 
-bool demo_mode(RunMode mode) {
+bool demo_mode(const RunState& run, RunMode mode) {
   switch (mode) {
     case RunMode::demo: return true;
     case RunMode::real: return false;
     case RunMode::from_settings: break;
   }
-  return user_setting("Run Time", "mode").value_or("demo") != "real";
+  const char* section = run.has(run_flag::test_run) ? "Test Run" : "Run Time";
+  return user_setting(section, "mode").value_or("demo") != "real";
 }
+
+// STD: the standard is one that this run has used.
+bool run_std(Statement& s) {
+  const std::string name(trim_blanks(s.record.text(field::text)));
+  std::vector<std::string>& used = s.run.pipeline.standards_used;
+  if (std::find(used.begin(), used.end(), name) == used.end()) used.push_back(name);
+  return true;
+}
+
+constexpr HandlerRow pipeline_rows[] = {{fsc::std, run_std, Pace::quick}};
+
+std::span<const HandlerRow> pipeline_handlers() { return pipeline_rows; }
 
 }  // namespace
 
@@ -66,7 +80,7 @@ std::string default_config_path() {
 
 void engine_install() {
   for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
-                              settings_handlers(), operator_handlers(), bus_handlers()})
+                              settings_handlers(), operator_handlers(), bus_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
@@ -80,7 +94,7 @@ bool engine_start(RunState& run, const EngineStart& start) {
   use_user_settings(start.settings_path.empty() ? user_config_directory() + "/settings.ini"
                                                 : start.settings_path);
   if (!open_debug_log(path)) return false;
-  run.demo_mode = demo_mode(start.mode);
+  run.demo_mode = demo_mode(run, start.mode);
   // Instruments that cannot be reset now are reset as the next run begins, or it does not begin.
   if (start.recover) static_cast<void>(recover_died_run(run));
   return true;

@@ -227,7 +227,8 @@ int tell_unchecked(RunState& run) {
   return check_result::go_on;
 }
 
-// The editor must not change the instrument configuration under a run.
+// The editor must not change the instrument configuration under a run. Where this program cannot write the lock it has
+// said so; that is no reason to keep a laboratory from its work.
 bool reserve(RunState& run) {
   const bool any = std::any_of(
       run.pipeline.required.begin(), run.pipeline.required.end(), [](const RequiredInstrument& one) {
@@ -235,8 +236,9 @@ bool reserve(RunState& run) {
         return row != nullptr && row->address.interface != DeviceInterface::none;
       });
   if (!any || reserved()) return true;
-  reserved() = dev_lock(DevLock::take) == DevLockResult::done;
-  return reserved();
+  const DevLockResult taken = dev_lock(DevLock::take);
+  reserved() = taken == DevLockResult::done;
+  return taken != DevLockResult::failed;
 }
 
 int check_bus(const RunState& run) {

@@ -48,6 +48,7 @@ void reset_abort(RunState&) { clear_abort(); }
 void reset_bus(RunState& run) { run.ieee = IeeeState(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
+void reset_standards(RunState& run) { run.pipeline.standards_used.clear(); }
 void reset_times(RunState& run) {
   run.pipeline.times.first_ticks = run.pipeline.times.last_ticks = platform().clock->ticks();
 }
@@ -72,6 +73,7 @@ constexpr RunResetRow rows[] = {
     {"MATH variables", mvar_clear, ResetWhen::always},
     {"pending notes", reset_notes, ResetWhen::always},
     {"count of adjustments", reset_adjustments, ResetWhen::always},
+    {"standards of the run", reset_standards, ResetWhen::always},
     {"times", reset_times, ResetWhen::always},
     {"bus statements", reset_bus, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
