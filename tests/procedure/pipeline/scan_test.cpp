@@ -420,6 +420,22 @@ TEST_F(RequiredTest, TheConfigurationIsReservedForTheRun) {
   EXPECT_EQ(desk.message_numbers(), std::vector<int>{2242});
 }
 
+TEST_F(RequiredTest, TheListIsReadFromItsFileAsTheRunBegins) {
+  one("HP 3458A");
+  startup_config().config = write("bench.txt", "22 : HP 3458A = DMM\n");
+  startup_config().show_req_instr = 2;
+  EXPECT_EQ(run_one({answer::terminate}), run_result::given_up);
+  ASSERT_EQ(desk.of_kind("choose").size(), 1u) << desk.last_message();
+  EXPECT_EQ(desk.of_kind("choose")[0].lines[0], "HP 3458A\tHP 3458A\tIEEE-488 22");
+  // A damaged file is told; what it would have held is missing by name.
+  startup_config().config = write("damaged.txt", "22 : HP 3458A\n23 : Nobody knows\n");
+  EXPECT_EQ(run_one({answer::terminate}), run_result::given_up);
+  EXPECT_FALSE(desk.message_numbers().empty());
+  ASSERT_EQ(desk.of_kind("choose").size(), 1u);
+  EXPECT_EQ(desk.of_kind("choose")[0].title, msg(2987, "HP 3458A"));
+  EXPECT_TRUE(desk.of_kind("form").empty());
+}
+
 TEST_F(RequiredTest, ABusThatIsNotThereIsAskedAbout) {
   procedure("One", {"IEEE [@22]*RST", "END"});
   EXPECT_EQ(run_one({answer::no}), run_result::given_up);
