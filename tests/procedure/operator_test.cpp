@@ -6,6 +6,7 @@
 #include "messages/catalogue.h"
 #include "procedure/operator/judgement.h"
 #include "procedure/operator/lines.h"
+#include "procedure/operator/pictures.h"
 #include "procedure/operator/uut_settings.h"
 #include "procedure/pipeline/run_test.h"
 #include "support/procedures.h"
@@ -390,6 +391,40 @@ TEST_F(OperatorStatements, PicturesStandWhereDrawHasPutThem) {
   ASSERT_EQ(desk.results.size(), 1u);
   EXPECT_EQ(desk.results[0].status_text, "FAIL");
   EXPECT_EQ(desk.of_kind("test")[0].test.status_text, msg(5022, "PIC"));
+}
+
+TEST_F(OperatorStatements, TheFirstRecordNamesThePicture) {
+  startup_config().picdir = folder.string();
+  write("front view.bmp", "BM");
+  write("back.bmp", "BM");
+  struct Case {
+    const char* text;
+    const char* file;
+    const char* rest;
+  };
+  const Case cases[] = {
+      {" front view.bmp ", "front view.bmp", ""},
+      {"back.bmp", "back.bmp", ""},
+      {"back.bmp  the back", "back.bmp", "the back"},
+      {"\"front view.bmp\" the front", "front view.bmp", "the front"},
+      {"side.bmp the side", "side.bmp", "the side"},
+  };
+  FscRecord record = fsc_record_new();
+  for (const Case& c : cases) {
+    std::string_view rest;
+    EXPECT_EQ(picture_file(c.text, rest), (folder / c.file).string()) << c.text;
+    EXPECT_EQ(rest, c.rest) << c.text;
+    ASSERT_TRUE(record.set_text(field::text, c.text));
+    record.set(field::line_flags, line_flag::first);
+    EXPECT_EQ(picture_of(record), (folder / c.file).string()) << c.text;
+    record.set(field::line_flags, line_flag::last);
+    EXPECT_EQ(picture_of(record), "") << "a further line of text";
+  }
+  std::string_view rest;
+  EXPECT_EQ(picture_file("  ", rest), "");
+  record.set(field::line_flags, line_flag::first);
+  ASSERT_TRUE(record.set_text(field::text, "[MEM2].bmp on [13]"));
+  EXPECT_EQ(picture_of(record), "") << "known only when it runs";
 }
 
 TEST(EvalText, ItsFirstWordIsTheMode) {
