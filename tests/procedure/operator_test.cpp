@@ -209,13 +209,13 @@ TEST_F(OperatorStatements, AWaitThatIsNoTimeIsReported) {
 
 TEST_F(OperatorStatements, ElementsThatShapeLines) {
   source(test::header("Lines") + line(1, 1, "MATH", "S[2]=\"two\"; x=5; M[1]=1") + "\n" +
-         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" + line(1, 2, "DISP", " and on[NO]!") +
+         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" + line(1, 2, "DISP", " and on[NO]! [V proc_name$]") +
          "\n" + line(1, 2, "DISP", "last[NO]") + "\n" + line(1, 3, "DISP", "[V y]") + "\n" +
-         line(1, 4, "DISP", "[V SER_NUM$]") + "\n" + line(1, 5, "DISP", "[V]") + "\n" +
+         line(1, 4, "DISP", "[V NOBODY$]") + "\n" + line(1, 5, "DISP", "[V]") + "\n" +
          line(1, 6, "DISP", "[DRAW 100,7,r]") + "\n" + line(1, 7, "DISP", "[DRAW 101,7,R]") + "\n" +
          line(1, 8, "END", "") + "\n");
   EXPECT_EQ(go("Lines"), run_result::finished);
-  EXPECT_EQ(desk.of_kind("lines")[0].lines, (std::vector<std::string>{"a", "b two two 5 and on!", "last"}));
+  EXPECT_EQ(desk.of_kind("lines")[0].lines, (std::vector<std::string>{"a", "b two two 5 and on! Lines", "last"}));
   EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4516, 4517, 4511, 30401}));
   EXPECT_EQ(run.draw.x, 99);
   EXPECT_EQ(run.draw.y, 7);
