@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "config/startup_config.h"
+#include "console/desk_parts.h"
+#include "console/picture_file.h"
 #include "evaluation/result_lines.h"
 #include "messages/catalogue.h"
 #include "messages/encoding.h"
 #include "platform/terminal.h"
+#include "state/beeper.h"
 #include "state/pump.h"
 #include "state/report.h"
 #include "values/numbers.h"
@@ -14,21 +18,25 @@
 namespace orvane {
 namespace {
 
-constexpr std::size_t rows_printed = 40;  // of a list, around the chosen row
-constexpr std::string_view escape_key = "\x1b";
+constexpr std::string_view hidden_text = "***";
 
 struct KindName {
   WindowKind kind;
   std::string_view name;
 };
 constexpr KindName kind_names[] = {
-    {WindowKind::message, "message"}, {WindowKind::question, "question"},
-    {WindowKind::prompt, "prompt"},   {WindowKind::evaluation, "evaluation"},
-    {WindowKind::wait, "wait"},       {WindowKind::picture, "picture"},
-    {WindowKind::range, "range"},     {WindowKind::settings, "settings"},
-    {WindowKind::test, "test"},       {WindowKind::listing, "listing"},
-    {WindowKind::choice, "choice"},
+    {WindowKind::message, "message"},   {WindowKind::question, "question"},
+    {WindowKind::prompt, "prompt"},     {WindowKind::evaluation, "evaluation"},
+    {WindowKind::wait, "wait"},         {WindowKind::picture, "picture"},
+    {WindowKind::range, "range"},       {WindowKind::settings, "settings"},
+    {WindowKind::test, "test"},         {WindowKind::listing, "listing"},
+    {WindowKind::choice, "choice"},     {WindowKind::form, "form"},
+    {WindowKind::required, "required"}, {WindowKind::connections, "connections"},
+    {WindowKind::slew, "slew"},         {WindowKind::login, "login"},
+    {WindowKind::postrun, "postrun"},   {WindowKind::viewer, "viewer"},
+    {WindowKind::print, "print"},
 };
+static_assert(std::size(kind_names) == static_cast<std::size_t>(WindowKind::print) + 1);
 
 std::string_view name_of(WindowKind kind) {
   for (const KindName& row : kind_names) {
@@ -43,16 +51,6 @@ bool same_letter(char a, char b) { return lower(a) == lower(b); }
 bool begins_with(std::string_view label, std::string_view letters) {
   return letters.size() <= label.size() &&
          std::equal(letters.begin(), letters.end(), label.begin(), same_letter);
-}
-
-bool contains(std::string_view line, std::string_view letters) {
-  return std::search(line.begin(), line.end(), letters.begin(), letters.end(), same_letter) != line.end();
-}
-
-std::string trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(" \t") - first + 1));
 }
 
 int default_code(const std::vector<Button>& buttons) {
@@ -78,23 +76,6 @@ std::optional<int> button_of(const std::vector<Button>& buttons, std::string_vie
   return found;
 }
 
-// What the window takes, for the line that tells of a misfit.
-std::string offer(const std::vector<Button>& buttons) {
-  std::string out;
-  for (const Button& button : buttons)
-    out += (out.empty() ? "" : ", ") + std::to_string(button.code) + " " + button.label;
-  return out;
-}
-
-void split_lines(std::string_view text, std::vector<std::string>& out) {
-  for (;;) {
-    const std::size_t end = text.find('\n');
-    out.emplace_back(text.substr(0, end));
-    if (end == std::string_view::npos) return;
-    text.remove_prefix(end + 1);
-  }
-}
-
 // The last line of the text is redrawn on the terminal's status line.
 class ConsoleWait : public WaitWindow {
  public:
@@ -114,7 +95,34 @@ class ConsoleWait : public WaitWindow {
   StatusLine& line_;
 };
 
+// The bell of the terminal, while a window waits.
+Beeper* beeper = nullptr;
+
+bool stop_reading() {
+  if (beeper != nullptr && terminal_error() && beeper->due(platform().clock->ticks())) {
+    std::fputc('\a', stderr);
+    std::fflush(stderr);
+  }
+  return abort_requested();
+}
+
 }  // namespace
+
+std::string button_offer(const std::vector<Button>& buttons) {
+  std::string out;
+  for (const Button& button : buttons)
+    out += (out.empty() ? "" : ", ") + std::to_string(button.code) + " " + button.label;
+  return out;
+}
+
+void split_lines(std::string_view text, std::vector<std::string>& out) {
+  for (;;) {
+    const std::size_t end = text.find('\n');
+    out.emplace_back(text.substr(0, end));
+    if (end == std::string_view::npos) return;
+    text.remove_prefix(end + 1);
+  }
+}
 
 ConsoleDesk::ConsoleDesk(Transcript& transcript)
     : transcript_(transcript), use_colour_(terminal_is_coloured()) {}
@@ -156,22 +164,20 @@ void ConsoleDesk::record(const Waiting& window, int answered) {
   entry.lines = window.lines;
   for (const Button& button : window.buttons) entry.buttons.push_back(button.code);
   entry.answer = answered;
-  if (window.typed) entry.text = window.text;
+  static const std::string hidden(hidden_text);
+  if (window.typed) entry.text = window.echo ? window.text : &hidden;
+  if (window.picture != nullptr) entry.picture = window.picture->path;
+  if (window.form != nullptr) {
+    for (const FormField& field : window.form->fields) {
+      entry.lines.push_back(field.kind == FieldKind::note ? field.label : field.label + " " + field.text);
+      if (field.kind != FieldKind::note) entry.fields.emplace_back(field.name, field.text);
+    }
+  }
   if (window.chosen) entry.row = *window.row + 1;
   transcript_.window(entry);
 }
 
 // --- Showing ---
-
-void ConsoleDesk::show_rows(const Waiting& window) {
-  const std::size_t count = window.rows->count();
-  const std::size_t end = std::min(count, window.first_shown + rows_printed);
-  for (std::size_t i = window.first_shown; i < end; ++i)
-    print((i == *window.row ? ">" : " ") + formatted("%5d  ", i + 1) + window.rows->row(i));
-  if (end - window.first_shown < count)
-    print(formatted("  %d to %d of %d rows: + and - turn the page, /TEXT goes to the next row with the text",
-                    window.first_shown + 1, end, count));
-}
 
 // Where numbers or letters are no shortcuts the buttons bear none.
 void ConsoleDesk::show_buttons(const Waiting& window) {
@@ -191,13 +197,18 @@ void ConsoleDesk::show_buttons(const Waiting& window) {
 void ConsoleDesk::show(Waiting& window) {
   print("");
   print("--- " + std::string(window.title) + " ---");
+  if (window.picture != nullptr) print(picture_line(*window.picture));
   if (window.rows != nullptr) {
-    window.first_shown = *window.row > rows_printed / 2 ? *window.row - rows_printed / 2 : 0;
+    begin_rows(window);
     show_rows(window);
   } else {
     for (const std::string& line : window.lines) print(line);
   }
-  show_buttons(window);
+  if (window.form != nullptr) {
+    show_fields(*window.form);
+  } else {
+    show_buttons(window);
+  }
 }
 
 // --- Answering ---
@@ -214,22 +225,28 @@ int ConsoleDesk::resolve(Waiting& window) {
   return code;
 }
 
-// `line`: of the answer that does not fit, 0 if none is left.
-int ConsoleDesk::refuse(const Waiting& window, int line) {
-  if (line == 0) {
-    errp(30507, window.title, offer(window.buttons));
-  } else {
-    errp(30508, line, window.title, offer(window.buttons));
-  }
+// An answer has been told not to fit: no further one is taken.
+int ConsoleDesk::misfit(const Waiting& window) {
   misfit_ = gone_ = true;
   raise_abort();
   return leave(window);
+}
+
+// `line`: of the answer that does not fit, 0 if none is left.
+int ConsoleDesk::refuse(const Waiting& window, int line) {
+  if (line == 0) {
+    errp(30507, window.title, button_offer(window.buttons));
+  } else {
+    errp(30508, line, window.title, button_offer(window.buttons));
+  }
+  return misfit(window);
 }
 
 // A text that is longer than the window takes is cut, as in a field that takes no further letters.
 int ConsoleDesk::take_text(Waiting& window, std::string_view text) {
   *window.text = text.substr(0, window.text_limit);
   window.typed = true;
+  if (!window.echo) return window.buttons.front().code;
   std::string number = *window.text;
   all_commas_to_points(number);
   if (const auto value = whole_number(number)) {
@@ -249,11 +266,18 @@ int ConsoleDesk::take_row(Waiting& window, std::size_t row) {
 int ConsoleDesk::from_answers(Waiting& window) {
   const Answer* answer = answers_->take();
   if (answer == nullptr || window.buttons.empty()) return refuse(window, 0);
-  if (!answer->fields.empty()) return refuse(window, answer->line);
+  if (window.form != nullptr) return form_from_answers(window, *answer);
+  return from_answer(window, *answer);
+}
+
+// Where the answer stands for a button, its code; a text or a row is taken on the way.
+int ConsoleDesk::from_answer(Waiting& window, const Answer& given) {
+  const Answer* answer = &given;
+  if (!answer->fields.empty() && window.form == nullptr) return refuse(window, answer->line);
   switch (answer->kind) {
     case Answer::Kind::text:
       if (window.text == nullptr) return refuse(window, answer->line);
-      print("> " + answer->text);
+      print("> " + (window.echo ? answer->text : std::string(hidden_text)));
       return take_text(window, answer->text);
     case Answer::Kind::row:
       if (window.rows == nullptr || answer->row >= window.rows->count()) return refuse(window, answer->line);
@@ -267,32 +291,9 @@ int ConsoleDesk::from_answers(Waiting& window) {
   return offers(window.buttons, code) ? code : refuse(window, answer->line);
 }
 
-// "+", "-" and "/TEXT" show other rows of a long list. True if the entry was one of them.
-bool ConsoleDesk::browse(Waiting& window, std::string_view entry) {
-  const std::size_t count = window.rows->count();
-  if (entry == "+") {
-    if (window.first_shown + rows_printed < count) window.first_shown += rows_printed;
-  } else if (entry == "-") {
-    window.first_shown -= std::min(window.first_shown, rows_printed);
-  } else if (entry.size() > 1 && entry.front() == '/') {
-    std::size_t step = 1;
-    const auto row = [&] { return (window.first_shown + step) % count; };
-    while (step <= count && !contains(window.rows->row(row()), entry.substr(1))) ++step;
-    if (step > count) {
-      print("  No row has this text.");
-      return true;
-    }
-    window.first_shown = row();
-  } else {
-    return false;
-  }
-  show_rows(window);
-  return true;
-}
-
 // What the operator entered as an answer; nothing if it is none.
 std::optional<int> ConsoleDesk::entered(Waiting& window, const std::string& entry) {
-  if (trimmed(entry) == escape_key) {
+  if (trim_blanks(entry) == escape_key) {
     if (offers(window.buttons, answer::terminate)) return answer::terminate;
     return std::nullopt;
   }
@@ -300,7 +301,7 @@ std::optional<int> ConsoleDesk::entered(Waiting& window, const std::string& entr
     // Enter alone keeps the text that the window came with.
     return entry.empty() && !window.text->empty() ? window.buttons.front().code : take_text(window, entry);
   }
-  const std::string word = trimmed(entry);
+  const std::string word(trim_blanks(entry));
   if (word.empty()) {
     const int code = default_code(window.buttons);
     return window.rows != nullptr && code == window.buttons.front().code ? take_row(window, *window.row)
@@ -317,24 +318,41 @@ std::optional<int> ConsoleDesk::entered(Waiting& window, const std::string& entr
   return std::nullopt;
 }
 
+std::optional<std::string> ConsoleDesk::read_entry(const Waiting& window, std::string_view prompt,
+                                                   int& left) {
+  std::fputs(utf8_from_cp1252(prompt).c_str(), stdout);
+  std::fflush(stdout);
+  const BeepKey key = startup_config().beep;
+  Beeper bell(key.seconds, key.count, platform().clock->ticks());
+  beeper = &bell;
+  if (!window.echo) terminal_echo(false);
+  std::string entry;
+  const LineEnd end = terminal_read_line(entry, stop_reading);
+  if (!window.echo) {
+    terminal_echo(true);
+    print("");
+  }
+  beeper = nullptr;
+  if (end == LineEnd::line) return cp1252_from_either(entry);
+  print("");
+  if (end == LineEnd::end) {
+    tell_fault(msg(30509));
+    gone_ = true;
+    raise_abort();
+  }
+  left = leave(window);
+  return std::nullopt;
+}
+
 int ConsoleDesk::from_terminal(Waiting& window) {
+  if (window.form != nullptr) return form_from_terminal(window);
   for (;;) {
-    std::fputs(window.text != nullptr ? "text> " : "> ", stdout);
-    std::fflush(stdout);
-    std::string entry;
-    switch (terminal_read_line(entry, [] { return abort_requested(); })) {
-      case LineEnd::end:
-        print("");
-        tell_fault(msg(30509));
-        gone_ = true;
-        raise_abort();
-        return leave(window);
-      case LineEnd::interrupted: print(""); return leave(window);
-      case LineEnd::line: break;
-    }
-    const std::string text = cp1252_from_either(entry);
-    if (window.rows != nullptr && browse(window, trimmed(text))) continue;
-    if (const auto code = entered(window, text)) return *code;
+    int left = answer::failed;
+    const std::optional<std::string> text =
+        read_entry(window, window.text != nullptr ? "text> " : "> ", left);
+    if (!text) return left;
+    if (window.rows != nullptr && browse(window, trim_blanks(*text))) continue;
+    if (const auto code = entered(window, *text)) return *code;
     print(window.rows != nullptr ? "  Please type the number of a row, or the first letters of a button."
                                  : "  Please type the number or the first letters of a button.");
   }
@@ -352,40 +370,50 @@ void ConsoleDesk::message(MessageKind kind, int number, std::string_view text) {
   }
 }
 
+ConsoleDesk::Waiting ConsoleDesk::waiting_for(WindowKind kind, std::string_view title,
+                                              const std::vector<std::string>& lines,
+                                              const std::vector<Button>& buttons) {
+  Waiting waiting{.kind = name_of(kind), .title = title, .lines = {}, .buttons = buttons, .headings = {}};
+  for (const std::string& line : lines) split_lines(line, waiting.lines);
+  return waiting;
+}
+
 int ConsoleDesk::lines(const LinesWindow& window) {
-  Waiting waiting{
-      .kind = name_of(window.kind), .title = window.title, .lines = {}, .buttons = window.buttons};
-  for (const std::string& line : window.lines) split_lines(line, waiting.lines);
+  Waiting waiting = waiting_for(window.kind, window.title, window.lines, window.buttons);
+  if (window.picture) waiting.picture = &*window.picture;
   return resolve(waiting);
 }
 
 int ConsoleDesk::ask(const AskWindow& window, std::string& text) {
-  Waiting waiting{
-      .kind = name_of(window.kind), .title = window.title, .lines = {}, .buttons = window.buttons};
-  for (const std::string& line : window.lines) split_lines(line, waiting.lines);
+  Waiting waiting = waiting_for(window.kind, window.title, window.lines, window.buttons);
   waiting.text = &text;
   waiting.text_limit = window.length;
+  waiting.echo = window.echo;
   return resolve(waiting);
 }
 
 int ConsoleDesk::choose(const ChoiceWindow& window, std::size_t& row) {
-  Waiting waiting{
-      .kind = name_of(window.kind), .title = window.title, .lines = {}, .buttons = window.buttons};
+  Waiting waiting = waiting_for(window.kind, window.title, {}, window.buttons);
   row = window.first_row;
   waiting.rows = window.rows;
   waiting.row = &row;
+  waiting.headings = window.headings;
   if (transcript_.is_open()) {
     for (std::size_t i = 0; i < window.rows->count(); ++i) waiting.lines.push_back(window.rows->row(i));
   }
   return resolve(waiting);
 }
 
-int ConsoleDesk::form(FormWindow&) { return answer::failed; }
+int ConsoleDesk::form(FormWindow& window) {
+  Waiting waiting = waiting_for(window.kind, window.title, window.lines, window.buttons);
+  waiting.form = &window;
+  return resolve(waiting);
+}
 
 int ConsoleDesk::test(const TestWindow& window) {
-  Waiting waiting{.kind = "test", .title = window.title, .lines = {}, .buttons = {}, .is_test = true};
-  split_lines(window.status_text, waiting.lines);
-  for (const LabelledText& text : window.texts) waiting.lines.push_back(text.label + " " + text.text);
+  Waiting waiting = waiting_for(WindowKind::test, window.title, {window.status_text}, {});
+  waiting.is_test = true;
+  for (const LabelledText& text : window.texts) split_lines(text.label + " " + text.text, waiting.lines);
   for (const TestWindow::TestButton& button : window.buttons) {
     if (button.enabled) waiting.buttons.push_back(button.button);
   }

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "console/desk.h"
-#include "messages/catalogue.h"
+#include "console/progress_text.h"
 #include "platform/terminal.h"
 #include "state/pump.h"
 #include "state/run_state.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int exit_terminated = 2;
 constexpr std::int64_t second_interrupt = 2000;  // milliseconds
-constexpr std::uint32_t progress_interval = 1000;
+constexpr std::uint32_t plain_interval = 1000, terminal_interval = 200;
 
 std::atomic<std::int64_t> last_interrupt{-second_interrupt};
 std::atomic<bool> leave_now{false};
@@ -46,7 +46,7 @@ void ConsoleEvents::turn() {
   if (leave_now) {
     leave_now = false;  // what follows may pump
     if (make_instruments_safe != nullptr) make_instruments_safe();
-    line_.clear();
+    desk_.status_line().clear();
     std::fflush(stdout);
     std::_Exit(exit_terminated);
   }
@@ -55,15 +55,19 @@ void ConsoleEvents::turn() {
 
 void ConsoleEvents::show_progress() {
   const std::uint32_t now = platform().clock->ticks();
+  const bool on_terminal = progress_ == Progress::terminal;
   if (started_ == 0) started_ = shown_ = now;
-  if (now - shown_ < progress_interval) return;
+  if (now - shown_ < (on_terminal ? terminal_interval : plain_interval)) return;
   shown_ = now;
-  if (line_.is_held()) return;
-  const std::uint32_t seconds = (now - started_) / 1000;
-  const std::string text =
-      formatted("%u statements, %u:%02u", run_state().statements_run, seconds / 60, seconds % 60);
-  if (progress_ == Progress::terminal) {
-    line_.draw(text);
+  StatusLine& line = desk_.status_line();
+  if (line.is_held()) return;
+  RunProgress progress = desk_.run_progress();
+  // Nobody has told yet how far the run is: what has run, and since when.
+  if (progress.statement == 0) progress.statement = run_state().statements_run;
+  if (progress.seconds == 0) progress.seconds = (now - started_) / 1000;
+  const std::string text = progress_text(progress, on_terminal);
+  if (on_terminal) {
+    line.draw(text);
   } else {
     std::fprintf(stderr, "%s\n", text.c_str());
   }

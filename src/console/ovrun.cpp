@@ -190,7 +190,7 @@ class Session {
   const OvrunOptions& options_;
   Transcript transcript_;
   ConsoleDesk desk_;
-  ConsoleEvents events_{progress_of(options_.progress, desk_.status_line()), desk_.status_line()};
+  ConsoleEvents events_{progress_of(options_.progress, desk_.status_line()), desk_};
   Answers answers_;
   EngineStart start_;
 };

@@ -40,6 +40,9 @@ void Transcript::window(const Window& window) {
   if (window.has_answer) line["answer"] = window.answer;
   if (window.text != nullptr) line["text"] = utf8_from_cp1252(*window.text);
   if (window.row > 0) line["row"] = window.row;
+  if (!window.picture.empty()) line["picture"] = utf8_from_either(window.picture);
+  for (const auto& [name, text] : window.fields)
+    line["fields"][utf8_from_cp1252(name)] = utf8_from_cp1252(text);
   put(file_, line);
 }
 

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/operator.h"
@@ -27,6 +28,8 @@ class Transcript {
     int answer = 0;
     const std::string* text = nullptr;  // what was typed, if anything
     std::size_t row = 0;                // the row that was chosen, from 1; 0 if none was
+    std::string picture = {};           // path of the picture beside the lines
+    std::vector<std::pair<std::string, std::string>> fields = {};  // of a form: name and text, as it was left
   };
   void window(const Window& window);
   void message(MessageKind kind, int number, std::string_view text);

@@ -82,6 +82,7 @@ double program_percent(const RunState& run, const FscRecord& record) {
 
 void format_judgement(RunState& run, const FscRecord& record, double percent) {
   begin_decision(run, record);
+  run.decision.tur_text.clear();  // there is no uncertainty to compare with
   if (record.code() == fsc::dose) {
     format_program(run, percent);
   } else {

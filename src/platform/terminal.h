@@ -21,6 +21,9 @@ bool terminal_input();
 bool terminal_output();
 bool terminal_error();
 
+/// Shows what is typed, or hides it while a password is; nothing changes where the input is no terminal.
+void terminal_echo(bool on);
+
 /// Calls `handler` at each interrupt (Ctrl+C) from then on, and when the system asks the program to end or the
 /// terminal goes away. The handler may only set atomic words.
 void on_interrupt(void (*handler)());

@@ -6,6 +6,7 @@
 #include "config/startup_config.h"
 #include "state/fsc.h"
 #include "state/report.h"
+#include "state/run_variables.h"
 #include "values/math/variables.h"
 #include "values/numbers.h"
 
@@ -14,8 +15,6 @@ namespace {
 
 constexpr int register_digits = 12;  // significant digits of an inserted register
 constexpr std::uint32_t frame_limit = 100, frame_highest = 99;
-
-StringVariableReader string_variables = nullptr;
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 bool is_letter(char c) { return upper(c) >= 'A' && upper(c) <= 'Z'; }
@@ -114,9 +113,9 @@ bool insert_s(RunState& run, std::string_view argument, std::string& out) {
 bool insert_variable(RunState& run, std::string_view name, std::string& out) {
   if (name.empty()) return run_error(run, 4511);
   if (name.ends_with('$')) {
-    std::string value;
-    if (string_variables == nullptr || !string_variables(run, name, value)) return run_error(run, 4517, name);
-    out += value;
+    const std::string* text = run_variable(run, name);
+    if (text == nullptr) return run_error(run, 4517, name);
+    out += *text;
     return true;
   }
   std::string_view value;
@@ -319,8 +318,6 @@ bool expand_text(RunState& run, const FscRecord& record, std::string_view text, 
   bool goes_on = false;
   return expand_line(run, record, text, out, goes_on);
 }
-
-void expand_install_string_variables(StringVariableReader reader) { string_variables = reader; }
 
 std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high) {
   std::uint32_t value = 0;

@@ -3,7 +3,7 @@
 //
 //   [13]          one byte, 0 to 255                [MEM] [MEM1] [MEM2]   a register
 //   [X 0D 0A]     bytes in hexadecimal              [M12] [L3] [SREG4]    a numbered register
-//   [V name]      a MATH variable; a name that ends in "$" is one of the reports
+//   [V name]      a MATH variable; a name that ends in "$" is a variable of the run
 //   {text}        kept as the statement's brace text
 //
 // [S4] is short for [SREG4], but for the bus statements IEEE, IEEE2, SCPI and RESET, where S is the gap between
@@ -57,11 +57,6 @@ constexpr std::size_t expansion_limit = 4152;
 /// The same for one record of several; `goes_on`: the text ends in [NO], the next record belongs to this line.
 [[nodiscard]] bool expand_line(RunState& run, const FscRecord& record, std::string_view text,
                                std::string& out, bool& goes_on);
-
-/// Where "[V NAME$]" finds the variables of the reports; handed down by the room that keeps them. False if there is
-/// none of this name. Without a reader no such variable is known.
-using StringVariableReader = bool (*)(RunState& run, std::string_view name, std::string& value);
-void expand_install_string_variables(StringVariableReader reader);
 
 /// An unsigned decimal number that is the whole of `text`, within the limits; nothing otherwise.
 std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high);

@@ -6,6 +6,7 @@
 #include "messages/catalogue.h"
 #include "procedure/operator/judgement.h"
 #include "procedure/operator/lines.h"
+#include "procedure/operator/pictures.h"
 #include "procedure/operator/uut_settings.h"
 #include "procedure/pipeline/run_test.h"
 #include "support/procedures.h"
@@ -208,13 +209,13 @@ TEST_F(OperatorStatements, AWaitThatIsNoTimeIsReported) {
 
 TEST_F(OperatorStatements, ElementsThatShapeLines) {
   source(test::header("Lines") + line(1, 1, "MATH", "S[2]=\"two\"; x=5; M[1]=1") + "\n" +
-         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" + line(1, 2, "DISP", " and on[NO]!") +
+         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" + line(1, 2, "DISP", " and on[NO]! [V proc_name$]") +
          "\n" + line(1, 2, "DISP", "last[NO]") + "\n" + line(1, 3, "DISP", "[V y]") + "\n" +
-         line(1, 4, "DISP", "[V SER_NUM$]") + "\n" + line(1, 5, "DISP", "[V]") + "\n" +
+         line(1, 4, "DISP", "[V NOBODY$]") + "\n" + line(1, 5, "DISP", "[V]") + "\n" +
          line(1, 6, "DISP", "[DRAW 100,7,r]") + "\n" + line(1, 7, "DISP", "[DRAW 101,7,R]") + "\n" +
          line(1, 8, "END", "") + "\n");
   EXPECT_EQ(go("Lines"), run_result::finished);
-  EXPECT_EQ(desk.of_kind("lines")[0].lines, (std::vector<std::string>{"a", "b two two 5 and on!", "last"}));
+  EXPECT_EQ(desk.of_kind("lines")[0].lines, (std::vector<std::string>{"a", "b two two 5 and on! Lines", "last"}));
   EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4516, 4517, 4511, 30401}));
   EXPECT_EQ(run.draw.x, 99);
   EXPECT_EQ(run.draw.y, 7);
@@ -390,6 +391,40 @@ TEST_F(OperatorStatements, PicturesStandWhereDrawHasPutThem) {
   ASSERT_EQ(desk.results.size(), 1u);
   EXPECT_EQ(desk.results[0].status_text, "FAIL");
   EXPECT_EQ(desk.of_kind("test")[0].test.status_text, msg(5022, "PIC"));
+}
+
+TEST_F(OperatorStatements, TheFirstRecordNamesThePicture) {
+  startup_config().picdir = folder.string();
+  write("front view.bmp", "BM");
+  write("back.bmp", "BM");
+  struct Case {
+    const char* text;
+    const char* file;
+    const char* rest;
+  };
+  const Case cases[] = {
+      {" front view.bmp ", "front view.bmp", ""},
+      {"back.bmp", "back.bmp", ""},
+      {"back.bmp  the back", "back.bmp", "the back"},
+      {"\"front view.bmp\" the front", "front view.bmp", "the front"},
+      {"side.bmp the side", "side.bmp", "the side"},
+  };
+  FscRecord record = fsc_record_new();
+  for (const Case& c : cases) {
+    std::string_view rest;
+    EXPECT_EQ(picture_file(c.text, rest), (folder / c.file).string()) << c.text;
+    EXPECT_EQ(rest, c.rest) << c.text;
+    ASSERT_TRUE(record.set_text(field::text, c.text));
+    record.set(field::line_flags, line_flag::first);
+    EXPECT_EQ(picture_of(record), (folder / c.file).string()) << c.text;
+    record.set(field::line_flags, line_flag::last);
+    EXPECT_EQ(picture_of(record), "") << "a further line of text";
+  }
+  std::string_view rest;
+  EXPECT_EQ(picture_file("  ", rest), "");
+  record.set(field::line_flags, line_flag::first);
+  ASSERT_TRUE(record.set_text(field::text, "[MEM2].bmp on [13]"));
+  EXPECT_EQ(picture_of(record), "") << "known only when it runs";
 }
 
 TEST(EvalText, ItsFirstWordIsTheMode) {

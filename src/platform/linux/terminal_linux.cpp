@@ -1,5 +1,6 @@
 #include <poll.h>
 #include <signal.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -70,6 +71,13 @@ LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
 bool terminal_input() { return ::isatty(STDIN_FILENO) != 0; }
 bool terminal_output() { return ::isatty(STDOUT_FILENO) != 0; }
 bool terminal_error() { return ::isatty(STDERR_FILENO) != 0; }
+
+void terminal_echo(bool on) {
+  termios settings{};
+  if (::tcgetattr(STDIN_FILENO, &settings) != 0) return;
+  settings.c_lflag = on ? settings.c_lflag | ECHO : settings.c_lflag & ~static_cast<tcflag_t>(ECHO);
+  ::tcsetattr(STDIN_FILENO, TCSADRAIN, &settings);
+}
 
 void on_interrupt(void (*handler)()) {
   interrupt_handler = handler;

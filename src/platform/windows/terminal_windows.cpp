@@ -45,6 +45,13 @@ bool terminal_input() { return ::_isatty(::_fileno(stdin)) != 0; }
 bool terminal_output() { return ::_isatty(::_fileno(stdout)) != 0; }
 bool terminal_error() { return ::_isatty(::_fileno(stderr)) != 0; }
 
+void terminal_echo(bool on) {
+  const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+  DWORD mode = 0;
+  if (!::GetConsoleMode(input, &mode)) return;
+  ::SetConsoleMode(input, on ? mode | ENABLE_ECHO_INPUT : mode & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
+}
+
 void on_interrupt(void (*handler)()) {
   interrupt_handler = handler;
   ::SetConsoleCtrlHandler(on_console_event, TRUE);

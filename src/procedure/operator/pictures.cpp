@@ -21,30 +21,34 @@ constexpr std::size_t path_limit = 4096;
 // By the first style byte of DRAW, from 1.
 constexpr const char* views[] = {"Front", "Back", "Left", "Right", "Bottom"};
 
+std::string in_picture_folder(std::string_view name) {
+  std::string path;
+  return join_path(path, path_limit, startup_config().picdir, name) ? path : std::string(name);
+}
+
 int percent(int value) { return std::clamp(value, 0, highest_percent); }
 
 }  // namespace
 
-std::string_view picture_name(std::string_view text, std::string_view& rest) {
+std::string picture_file(std::string_view text, std::string_view& rest) {
   text = trim_blanks(text);
+  rest = {};
+  std::string path = in_picture_folder(text);
+  if (text.empty() || is_ordinary_file(path)) return text.empty() ? std::string() : path;
   const bool quoted = text.starts_with('"');
   if (quoted) text.remove_prefix(1);
   const std::size_t end = std::min(quoted ? text.find('"') : text.find_first_of(" \t"), text.size());
   rest = trim_blanks(text.substr(std::min(end + 1, text.size())));
-  return text.substr(0, end);
-}
-
-std::string picture_path(std::string_view name) {
-  std::string path(name);
-  if (!join_path(path, path_limit, startup_config().picdir, name)) path = name;
-  return path;
+  return in_picture_folder(text.substr(0, end));
 }
 
 std::string picture_of(const FscRecord& record) {
   std::string_view rest;
+  const std::string_view text = record.text(field::text);
   if (!record.has_flag(line_flag::first)) return {};
-  const std::string_view name = picture_name(record.text(field::text), rest);
-  return name.empty() || name.find('[') != std::string_view::npos ? std::string() : picture_path(name);
+  const std::string path = picture_file(text, rest);
+  // A name with elements in it is known only when the statement runs.
+  return text.substr(0, text.size() - rest.size()).find('[') != std::string_view::npos ? std::string() : path;
 }
 
 std::optional<PictureFrame> picture_frame(const DrawSettings& draw) {
@@ -64,10 +68,11 @@ bool picture_window(Statement& s, LinesWindow& window) {
   if (whole && !texts.empty()) {
     std::string_view rest;
     if (!expand_text(s.run, s.record, texts.front(), first)) return false;
-    const std::string_view name = picture_name(first, rest);
-    if (!name.empty())
-      window.picture = Picture{
-          .path = picture_path(name), .title = picture_title(s.run.draw), .frame = picture_frame(s.run.draw)};
+    std::string path = picture_file(first, rest);
+    if (!path.empty())
+      window.picture = Picture{.path = std::move(path),
+                               .title = picture_title(s.run.draw),
+                               .frame = picture_frame(s.run.draw)};
     // Blanks alone, or nothing, behind the name are no line.
     if (!rest.empty()) window.lines = wrap_lines(rest);
     texts.erase(texts.begin());

@@ -1,26 +1,26 @@
 // Pictures of the unit under test: PIC shows one with lines of text beside it, PICE asks for a judgement as well, and
 // DRAW says where the next one stands.
 //
-//   PIC  front.bmp Connect the leads as shown.     the picture's file, then the first line
-//   PIC  Set the switch to DC.                     further lines of the statement
-//   PIC  "front view.bmp"                          a file name with blanks
+//   PIC  front view.bmp                            the first record names the picture's file,
+//   PIC  Connect the leads as shown.               further ones are the lines of text beside it
+//   PIC  front.bmp Connect the leads as shown.     a text behind the name is the first line
 //
-// The file is looked for in the folder of the key "picdir".
+// The first record is the name as a whole where such a file is there; otherwise the name is its first word, in double
+// quotes if there are blanks in it. The file is looked for in the folder of the key "picdir".
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/operator.h"
 #include "state/statement.h"
 
 namespace orvane {
 
-/// The picture that the text of a statement's first record names; `rest` takes what stands behind it. Empty if the
+/// The file that the text of a statement's first record names; `rest` takes what stands behind the name. Empty if the
 /// text is empty.
-std::string_view picture_name(std::string_view text, std::string_view& rest);
-
-/// The file of a picture's name.
-std::string picture_path(std::string_view name);
+std::string picture_file(std::string_view text, std::string_view& rest);
 
 /// The file that a PIC or PICE record names, for the check in front of a run. Empty if it names none: a further record
 /// of the statement, or a name that is made of elements and known only when it runs.
