@@ -18,7 +18,7 @@ constexpr int least_field = 8, widest_field = 40;  // characters
 
 }  // namespace
 
-AskDialog::AskDialog(QWidget* owner)
+AskBox::AskBox(QWidget* owner)
     : DeskWindow(owner),
       lines_(new TextPane(this)),
       field_(new QLineEdit(this)),
@@ -32,7 +32,7 @@ AskDialog::AskDialog(QWidget* owner)
   connect(field_, &QLineEdit::textChanged, this, [this] { show_understood(); });
 }
 
-int AskDialog::ask(const AskWindow& window, std::string& text) {
+int AskBox::ask(const AskWindow& window, std::string& text) {
   setWindowTitle(shown(window.title));
   lines_->set_lines(window.lines);
   field_->setEchoMode(window.echo ? QLineEdit::Normal : QLineEdit::Password);
@@ -49,10 +49,10 @@ int AskDialog::ask(const AskWindow& window, std::string& text) {
   return code;
 }
 
-QWidget* AskDialog::first_focus() { return field_; }
+QWidget* AskBox::first_focus() { return field_; }
 
 // A number that was not typed as the program writes it, with a comma or an exponent, is shown as it is taken.
-void AskDialog::show_understood() {
+void AskBox::show_understood() {
   std::string number = typed(field_->text());
   std::string understood;
   if (field_->echoMode() == QLineEdit::Normal) {

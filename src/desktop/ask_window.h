@@ -9,9 +9,9 @@ namespace orvane {
 
 class TextPane;
 
-class AskDialog : public DeskWindow {
+class AskBox : public DeskWindow {
  public:
-  explicit AskDialog(QWidget* owner);
+  explicit AskBox(QWidget* owner);
   int ask(const AskWindow& window, std::string& text);
 
  protected:

@@ -8,7 +8,8 @@
 namespace orvane {
 namespace {
 
-constexpr int least_height = 44, least_width = 120;
+constexpr int least_height = 46, least_width = 120, padding = 28;
+constexpr double face_contrast = 7.5;
 
 }  // namespace
 
@@ -21,13 +22,23 @@ DeskButton::DeskButton(DeskWindow& window) : QPushButton(&window), window_(windo
 void DeskButton::stand_out(bool out) {
   QPalette colours = QApplication::palette();
   if (out) {
-    colours.setColor(QPalette::Button, colours.color(QPalette::Highlight));
-    colours.setColor(QPalette::ButtonText, colours.color(QPalette::HighlightedText));
+    const QColor text = colours.color(QPalette::HighlightedText);
+    // Styles lighten a button's face: more contrast than its text needs stays enough.
+    colours.setColor(QPalette::Button, readable(colours.color(QPalette::Highlight), text, face_contrast));
+    colours.setColor(QPalette::ButtonText, text);
   }
   setPalette(colours);
   QFont font = font_for(TextRole::button);
   font.setBold(out);
   setFont(font);
+}
+
+// As wide as the label in bold type, so that nothing moves when the button stands out.
+QSize DeskButton::sizeHint() const {
+  QFont bold = font();
+  bold.setBold(true);
+  const QString label = text().remove('&');
+  return {QFontMetrics(bold).horizontalAdvance(label) + padding, QPushButton::sizeHint().height()};
 }
 
 void DeskButton::focusInEvent(QFocusEvent* event) {

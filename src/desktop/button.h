@@ -11,6 +11,7 @@ class DeskButton : public QPushButton {
  public:
   explicit DeskButton(DeskWindow& window);
   void stand_out(bool out);
+  QSize sizeHint() const override;
 
   int code = 0;
   bool is_default = false;

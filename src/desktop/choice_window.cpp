@@ -17,7 +17,7 @@
 namespace orvane {
 namespace {
 
-constexpr int rows_in_sight = 16, rows_measured = 60, row_padding = 10, column_padding = 28;
+constexpr int rows_in_sight = 16, least_rows = 6, rows_measured = 60, row_padding = 10, column_padding = 28;
 constexpr int least_width = 620, widest = 1200;
 
 bool moves_in_list(int key) {
@@ -26,7 +26,7 @@ bool moves_in_list(int key) {
 
 }  // namespace
 
-ChoiceDialog::ChoiceDialog(QWidget* owner)
+ChoiceBox::ChoiceBox(QWidget* owner)
     : DeskWindow(owner),
       model_(std::make_unique<RowModel>()),
       filter_(new QLineEdit(this)),
@@ -56,11 +56,11 @@ ChoiceDialog::ChoiceDialog(QWidget* owner)
   connect(table_, &QTableView::doubleClicked, this, [this] { press(first_code()); });
 }
 
-ChoiceDialog::~ChoiceDialog() {
+ChoiceBox::~ChoiceBox() {
   table_->setModel(nullptr);  // the model goes first
 }
 
-int ChoiceDialog::choose(const ChoiceWindow& window, std::size_t& row) {
+int ChoiceBox::choose(const ChoiceWindow& window, std::size_t& row) {
   if (window.rows == nullptr || is_waiting()) return answer::failed;
   setWindowTitle(shown(window.title));
   minimised_ = window.kind == WindowKind::choice && startup_config().pd_min != 0;
@@ -85,7 +85,7 @@ int ChoiceDialog::choose(const ChoiceWindow& window, std::size_t& row) {
 }
 
 // Columns are as wide as the rows around the first one need; a list is not read to its end for that.
-void ChoiceDialog::fit_columns(const ChoiceWindow& window) {
+void ChoiceBox::fit_columns(const ChoiceWindow& window) {
   const QFontMetrics letters = table_->fontMetrics();
   const int count = model_->rowCount();
   const int first = std::clamp(static_cast<int>(window.first_row) - rows_measured / 2, 0, count);
@@ -98,37 +98,39 @@ void ChoiceDialog::fit_columns(const ChoiceWindow& window) {
     table_->setColumnWidth(column, width + column_padding);
     whole += width + column_padding;
   }
-  const int row_height = table_->verticalHeader()->defaultSectionSize();
-  table_->setMinimumSize(std::clamp(whole + 40, least_width, widest), row_height * rows_in_sight / 2);
-  resize(table_->minimumWidth() + 40, row_height * rows_in_sight + 200);
+  const int rows = std::clamp(count, least_rows, rows_in_sight);
+  const int height = table_->verticalHeader()->defaultSectionSize() * (rows + 1) + row_padding;
+  const QSize room = screen()->availableSize() * 0.9;
+  table_->setMinimumSize(std::min(std::clamp(whole + 40, least_width, widest), room.width()),
+                         std::min(height, room.height() * 2 / 3));
 }
 
-void ChoiceDialog::narrow(const QString& text) {
+void ChoiceBox::narrow(const QString& text) {
   model_->narrow(text);
   select(0);
   count_->setText(shown(msg(30814, model_->rowCount())));
   enable_button(first_code(), model_->rowCount() > 0);
 }
 
-void ChoiceDialog::select(int row) {
+void ChoiceBox::select(int row) {
   if (row >= model_->rowCount()) return;
   table_->setCurrentIndex(model_->index(row, 0));
   table_->scrollTo(model_->index(row, 0), QAbstractItemView::PositionAtCenter);
 }
 
-bool ChoiceDialog::accepts(int code) {
+bool ChoiceBox::accepts(int code) {
   if (code != first_code() || table_->currentIndex().isValid()) return true;
   hint(shown(msg(30815)));
   return false;
 }
 
-QWidget* ChoiceDialog::first_focus() {
+QWidget* ChoiceBox::first_focus() {
   if (filter_->isVisibleTo(this)) return filter_;
   return table_;
 }
 
 // While words are typed the arrow keys move in the list.
-bool ChoiceDialog::eventFilter(QObject* object, QEvent* event) {
+bool ChoiceBox::eventFilter(QObject* object, QEvent* event) {
   if (object == filter_ && event->type() == QEvent::KeyPress) {
     auto* key = static_cast<QKeyEvent*>(event);
     if (moves_in_list(key->key())) {

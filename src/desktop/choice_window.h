@@ -11,10 +11,10 @@ namespace orvane {
 
 class RowModel;
 
-class ChoiceDialog : public DeskWindow {
+class ChoiceBox : public DeskWindow {
  public:
-  explicit ChoiceDialog(QWidget* owner);
-  ~ChoiceDialog() override;
+  explicit ChoiceBox(QWidget* owner);
+  ~ChoiceBox() override;
   int choose(const ChoiceWindow& window, std::size_t& row);
 
  protected:

@@ -129,6 +129,7 @@ void DesktopDesk::show_newest_wait() {
     if (wait_ != nullptr) wait_->close_wait();
   } else if (main_ != nullptr && !gone_) {
     the(wait_, main_).open(waits_.back()->text);
+    if (platform().events != nullptr) platform().events->turn();  // it is seen before the wait goes on
   }
 }
 

@@ -10,15 +10,15 @@
 
 namespace orvane {
 
-class AskDialog;
-class ChoiceDialog;
+class AskBox;
+class ChoiceBox;
 class DesktopWait;
-class FormDialog;
-class LinesDialog;
+class FormBox;
+class LinesBox;
 class MainWindow;
-class MessageDialog;
-class TestDialog;
-class WaitDialog;
+class MessageBox;
+class TestBox;
+class WaitBox;
 
 class DesktopDesk : public Operator {
  public:
@@ -64,13 +64,13 @@ class DesktopDesk : public Operator {
 
   MainWindow* main_ = nullptr;
   std::vector<Report> gathered_;
-  std::unique_ptr<MessageDialog> message_;
-  std::unique_ptr<LinesDialog> lines_;
-  std::unique_ptr<AskDialog> ask_;
-  std::unique_ptr<ChoiceDialog> choice_;
-  std::unique_ptr<FormDialog> form_;
-  std::unique_ptr<TestDialog> test_;
-  std::unique_ptr<WaitDialog> wait_;
+  std::unique_ptr<MessageBox> message_;
+  std::unique_ptr<LinesBox> lines_;
+  std::unique_ptr<AskBox> ask_;
+  std::unique_ptr<ChoiceBox> choice_;
+  std::unique_ptr<FormBox> form_;
+  std::unique_ptr<TestBox> test_;
+  std::unique_ptr<WaitBox> wait_;
   std::vector<DesktopWait*> waits_;  // open ones; the window shows the newest
   bool gone_ = false;
 };

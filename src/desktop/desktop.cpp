@@ -105,8 +105,8 @@ void Desktop::open(const DesktopOptions& options) {
   main_->on_command = [this](int id) { command(id); };
   main_->on_close = [this] { quit(); };
   if (!options.no_logo) main_->show_idle_text(shown(msg(30853)));
-  show_mode();
   desk_.use(main_.get());
+  show_mode();
   if (!options.hide || !runs) main_->open();
   if (has_screen()) desk_.tell_gathered();  // warnings of the start
 

@@ -19,7 +19,7 @@
 namespace orvane {
 namespace {
 
-constexpr int widest_field = 36, number_width = 18;  // characters
+constexpr int widest_field = 32, number_width = 16;  // characters
 constexpr std::string_view yes = "YES", no = "NO";
 
 int width_of(const FormField& field) {
@@ -58,7 +58,7 @@ QWidget* text_editor(const FormField& field) {
 
 }  // namespace
 
-FormDialog::FormDialog(QWidget* owner)
+FormBox::FormBox(QWidget* owner)
     : DeskWindow(owner), lines_(new TextPane(this)), area_(new QScrollArea(this)) {
   area_->setWidgetResizable(true);
   area_->setFrameShape(QFrame::NoFrame);
@@ -67,7 +67,7 @@ FormDialog::FormDialog(QWidget* owner)
   body()->addWidget(area_, 1);
 }
 
-int FormDialog::fill(FormWindow& window) {
+int FormBox::fill(FormWindow& window) {
   if (is_waiting()) return answer::failed;
   setWindowTitle(shown(window.title));
   lines_->setVisible(!window.lines.empty());
@@ -81,7 +81,7 @@ int FormDialog::fill(FormWindow& window) {
   return code;
 }
 
-QWidget* FormDialog::make_editor(const FormField& field) {
+QWidget* FormBox::make_editor(const FormField& field) {
   QWidget* editor = nullptr;
   if (field.kind == FieldKind::choice) {
     editor = choice_editor(field);
@@ -100,14 +100,14 @@ QWidget* FormDialog::make_editor(const FormField& field) {
 }
 
 // The fields are made anew for each form: nothing of the last one is seen or filled in again.
-void FormDialog::make_rows() {
+void FormBox::make_rows() {
   rows_.clear();
   delete area_->takeWidget();
   fields_ = new QWidget;
   auto* grid = new QGridLayout(fields_);
   grid->setHorizontalSpacing(18);
   grid->setVerticalSpacing(10);
-  grid->setColumnStretch(2, 1);
+  grid->setColumnStretch(1, 1);
   for (const FormField& field : window_->fields) {
     const int at = static_cast<int>(rows_.size());
     auto* label = new QLabel(shown(field.label) + (field.required ? " *" : ""));
@@ -115,7 +115,7 @@ void FormDialog::make_rows() {
     label->setFont(font_for(TextRole::prompt));
     if (field.kind == FieldKind::note) {
       label->setText(shown(field.label.empty() ? field.text : field.label));
-      grid->addWidget(label, at, 0, 1, 3);
+      grid->addWidget(label, 2 * at, 0, 1, 2);
       rows_.emplace_back();
       continue;
     }
@@ -125,37 +125,40 @@ void FormDialog::make_rows() {
     row.fault->setTextFormat(Qt::PlainText);
     row.fault->setWordWrap(true);
     row.fault->setFont(font_for(TextRole::note));
-    row.fault->setMinimumWidth(row.fault->fontMetrics().horizontalAdvance('0') * 26);
+    row.fault->hide();
     QPalette colours = row.fault->palette();
     colours.setColor(QPalette::WindowText, readable(Qt::red, colours.color(QPalette::Window)));
     row.fault->setPalette(colours);
     label->setBuddy(row.editor);
-    grid->addWidget(label, at, 0, Qt::AlignRight | Qt::AlignVCenter);
-    grid->addWidget(row.editor, at, 1);
-    grid->addWidget(row.fault, at, 2);
+    grid->addWidget(label, 2 * at, 0, Qt::AlignRight | Qt::AlignVCenter);
+    grid->addWidget(row.editor, 2 * at, 1);
+    grid->addWidget(row.fault, 2 * at + 1, 1);
     rows_.push_back(row);
   }
-  grid->setRowStretch(static_cast<int>(rows_.size()), 1);
+  grid->setRowStretch(2 * static_cast<int>(rows_.size()), 1);
   area_->setWidget(fields_);
-  const QSize size = fields_->sizeHint() + QSize(area_->verticalScrollBar()->sizeHint().width(), 4);
-  area_->setMinimumSize(size.boundedTo(screen()->availableSize() * 0.6));
+  // Room for some faults, so that the window need not scroll as soon as one is told.
+  const QSize size = fields_->sizeHint() + QSize(area_->verticalScrollBar()->sizeHint().width(), 60);
+  const QSize room = screen()->availableSize();
+  area_->setMinimumSize(size.boundedTo(QSize(room.width() * 9 / 10, room.height() * 6 / 10)));
 }
 
-void FormDialog::read_fields() {
+void FormBox::read_fields() {
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     if (rows_[i].editor != nullptr) window_->fields[i].text = text_of(rows_[i].editor);
   }
 }
 
 // Every fault is told at once; the focus goes to the first of them.
-bool FormDialog::accepts(int code) {
+bool FormBox::accepts(int code) {
   if (code != first_code()) return true;
   read_fields();
   QWidget* first = nullptr;
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     if (rows_[i].editor == nullptr) continue;
     const std::string reason = window_->fault ? window_->fault(window_->fields[i]) : std::string();
-    rows_[i].fault->setText(reason.empty() ? QString() : QChar(0x25C0) + QString(" ") + shown(reason));
+    rows_[i].fault->setText(reason.empty() ? QString() : QChar(0x25B2) + QString(" ") + shown(reason));
+    rows_[i].fault->setVisible(!reason.empty());
     if (!reason.empty() && first == nullptr) first = rows_[i].editor;
   }
   if (first == nullptr) return true;
@@ -165,7 +168,7 @@ bool FormDialog::accepts(int code) {
   return false;
 }
 
-QWidget* FormDialog::first_focus() {
+QWidget* FormBox::first_focus() {
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     if (rows_[i].editor != nullptr && !window_->fields[i].read_only) return rows_[i].editor;
   }

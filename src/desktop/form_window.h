@@ -11,9 +11,9 @@ namespace orvane {
 
 class TextPane;
 
-class FormDialog : public DeskWindow {
+class FormBox : public DeskWindow {
  public:
-  explicit FormDialog(QWidget* owner);
+  explicit FormBox(QWidget* owner);
   int fill(FormWindow& window);
 
  protected:

@@ -15,7 +15,7 @@
 
 namespace orvane {
 
-LinesDialog::LinesDialog(QWidget* owner)
+LinesBox::LinesBox(QWidget* owner)
     : DeskWindow(owner), text_(new TextPane(this)), picture_(new PictureView(this)) {
   auto* row = new QHBoxLayout;
   row->setSpacing(24);
@@ -24,7 +24,7 @@ LinesDialog::LinesDialog(QWidget* owner)
   body()->addLayout(row, 1);
 }
 
-int LinesDialog::ask(const LinesWindow& window) {
+int LinesBox::ask(const LinesWindow& window) {
   setWindowTitle(shown(window.title));
   text_->set_lines(window.lines);
   verdict_ = window.kind == WindowKind::evaluation || window.kind == WindowKind::picture;
@@ -46,13 +46,13 @@ int LinesDialog::ask(const LinesWindow& window) {
   return wait_for_answer();
 }
 
-int LinesDialog::escape_code() const {
+int LinesBox::escape_code() const {
   const int refusal = DeskWindow::escape_code();
   if (refusal != answer::failed || verdict_) return refusal;
   return button(answer::no) != nullptr ? answer::no : answer::failed;
 }
 
-MessageDialog::MessageDialog(QWidget* owner)
+MessageBox::MessageBox(QWidget* owner)
     : DeskWindow(owner), sign_(new QLabel(this)), text_(new TextPane(this)) {
   auto* row = new QHBoxLayout;
   row->setSpacing(18);
@@ -62,7 +62,7 @@ MessageDialog::MessageDialog(QWidget* owner)
   set_leave_code(answer::ok);
 }
 
-void MessageDialog::tell(MessageKind kind, const QString& text) {
+void MessageBox::tell(MessageKind kind, const QString& text) {
   const bool information = kind == MessageKind::information;
   setWindowTitle(shown(information ? msg(30812) : kind == MessageKind::warning ? msg(30811) : msg(30810)));
   const QStyle::StandardPixmap sign = information                    ? QStyle::SP_MessageBoxInformation

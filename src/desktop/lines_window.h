@@ -9,9 +9,9 @@ namespace orvane {
 class PictureView;
 class TextPane;
 
-class LinesDialog : public DeskWindow {
+class LinesBox : public DeskWindow {
  public:
-  explicit LinesDialog(QWidget* owner);
+  explicit LinesBox(QWidget* owner);
   int ask(const LinesWindow& window);
 
  protected:
@@ -25,9 +25,9 @@ class LinesDialog : public DeskWindow {
   bool verdict_ = false;  // its No is a verdict on the unit, never Esc
 };
 
-class MessageDialog : public DeskWindow {
+class MessageBox : public DeskWindow {
  public:
-  explicit MessageDialog(QWidget* owner);
+  explicit MessageBox(QWidget* owner);
   void tell(MessageKind kind, const QString& text);
 
  protected:

@@ -33,8 +33,8 @@ QFont fixed_font() {
 QFont prompt_font() {
   switch (startup_config().prompt_font) {
     case prompt_system: return QApplication::font();
-    case prompt_display: return scaled(fixed_font(), 1.35);
-    default: return scaled(QApplication::font(), 1.5);
+    case prompt_display: return scaled(fixed_font(), 1.45);
+    default: return scaled(QApplication::font(), 1.6);
   }
 }
 
@@ -76,7 +76,7 @@ QFont font_for(TextRole role) {
   const bool system_heading = startup_config().head_font == head_system;
   switch (role) {
     case TextRole::prompt: return prompt_font();
-    case TextRole::table: return scaled(fixed_font(), 1.25);
+    case TextRole::table: return scaled(fixed_font(), 1.4);
     case TextRole::heading:
       return system_heading ? QApplication::font() : scaled(QApplication::font(), 1.6, true);
     case TextRole::verdict: return scaled(QApplication::font(), 2.2, true);

@@ -45,10 +45,14 @@ QString clock_text(std::uint32_t seconds) {
   return seconds >= 3600 ? QString::number(seconds / 3600) + ":" + rest : rest;
 }
 
-QString of_how_many(int label, int label_alone, std::size_t at, std::size_t count) {
-  if (at == 0) return {};
-  return count > 0 ? shown(format_message(label, std::initializer_list<MessageArg>{at, count}))
-                   : shown(format_message(label_alone, std::initializer_list<MessageArg>{at}));
+QString test_text(std::size_t test, std::size_t tests) {
+  if (test == 0) return {};
+  return shown(tests > 0 ? msg(30846, test, tests) : msg(30847, test));
+}
+
+QString statement_text(std::size_t statement, std::size_t statements) {
+  if (statement == 0) return {};
+  return shown(statements > 0 ? msg(30848, statement, statements) : msg(30849, statement));
 }
 
 }  // namespace
@@ -72,7 +76,10 @@ QAction* MainWindow::make_action(const MenuCommand& row) {
   const int id = row.id;
   if (row.key != nullptr) item->setShortcut(QKeySequence(row.key));
   item->setCheckable(row.is_checked_item);
-  if (row.missing != 0) item->setStatusTip(shown(catalogue_text(row.missing)));
+  if (row.missing != 0) {
+    item->setStatusTip(shown(catalogue_text(row.missing)));
+    item->setToolTip(item->statusTip());
+  }
   connect(item, &QAction::triggered, this, [this, id] { give(id); });
   actions_[id] = item;
   return item;
@@ -85,6 +92,7 @@ void MainWindow::make_menu() {
   std::size_t at = 0;
   for (const MenuTitle& title : menu_titles()) {
     QMenu* menu = menuBar()->addMenu(titles[at++]);
+    menu->setToolTipsVisible(true);
     if (title.menu == Menu::tools) tools_ = menu;
     std::vector<QString> labels;
     std::vector<QAction*> items;
@@ -226,7 +234,8 @@ void MainWindow::make_rows() {
   connect(run_, &QPushButton::clicked, this, [this] { give(command::run); });
   connect(abort_, &QPushButton::clicked, this, [this] { give(command::abort); });
   auto* bottom = new QHBoxLayout;
-  bottom->addWidget(progress_, 1);
+  bottom->addWidget(progress_);
+  bottom->addStretch(1);
   bottom->addWidget(run_);
   bottom->addWidget(abort_);
   column->addLayout(grid);
@@ -260,9 +269,8 @@ void MainWindow::show_progress(const RunProgress& progress) {
   const std::size_t whole = tests_known ? progress.tests : progress.statements;
   bar_->setMaximum(static_cast<int>(whole));
   bar_->setValue(static_cast<int>(std::min(tests_known ? progress.test : progress.statement, whole)));
-  QStringList parts = {of_how_many(30846, 30847, progress.test, progress.tests),
-                       of_how_many(30848, 30849, progress.statement, progress.statements),
-                       clock_text(progress.seconds)};
+  QStringList parts = {test_text(progress.test, progress.tests),
+                       statement_text(progress.statement, progress.statements), clock_text(progress.seconds)};
   parts.removeAll(QString());
   progress_->setText(parts.join("   \u00B7   "));
 }

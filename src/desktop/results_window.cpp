@@ -3,12 +3,12 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "desktop/look.h"
 #include "desktop/placement.h"
@@ -28,8 +28,9 @@ constexpr int keep_delay = 400;    // milliseconds behind the last move
 // Of the key State.
 constexpr int state_normal = 1, state_minimised = 2, state_maximised = 3;
 
-std::unique_ptr<ResultsWindow>& the_window() {
-  static std::unique_ptr<ResultsWindow> window;
+// Its owner's end is the window's as well.
+QPointer<ResultsWindow>& the_window() {
+  static QPointer<ResultsWindow> window;
   return window;
 }
 
@@ -241,7 +242,7 @@ void ResultsWindow::paint_bar(QPainter& painter, double percent, const QRect& pl
 // --- The one window ---
 
 void tres_make(QWidget* owner) {
-  if (the_window() == nullptr) the_window() = std::make_unique<ResultsWindow>(owner);
+  if (the_window() == nullptr) the_window() = new ResultsWindow(owner);
 }
 
 bool tres_open(QWidget* owner, bool test_run) {
@@ -251,8 +252,9 @@ bool tres_open(QWidget* owner, bool test_run) {
 }
 
 void tres_close() {
-  if (the_window() != nullptr) the_window()->keep_place();
-  the_window().reset();
+  if (the_window() == nullptr) return;
+  the_window()->keep_place();
+  delete the_window();
 }
 
 void tres_add_line(std::string_view text, int colour, std::optional<double> percent,
@@ -265,6 +267,6 @@ void tres_clear() {
   if (the_window() != nullptr) the_window()->clear();
 }
 
-ResultsWindow* tres_window() { return the_window().get(); }
+ResultsWindow* tres_window() { return the_window(); }
 
 }  // namespace orvane

@@ -58,7 +58,7 @@ class ResultsWindow : public QAbstractScrollArea {
 };
 
 /// The one results window of the program. tres_make makes it, hidden, tres_open shows it as well; without a window the
-/// other functions do nothing. `owner` outlives it.
+/// other functions do nothing. It ends with its owner.
 void tres_make(QWidget* owner);
 bool tres_open(QWidget* owner, bool test_run);
 void tres_close();

@@ -29,7 +29,7 @@ constexpr ButtonPlace places[] = {
 
 }  // namespace
 
-TestDialog::TestDialog(QWidget* owner)
+TestBox::TestBox(QWidget* owner)
     : DeskWindow(owner),
       banner_(new QFrame(this)),
       sign_(new QLabel(banner_)),
@@ -58,7 +58,7 @@ TestDialog::TestDialog(QWidget* owner)
   setMinimumWidth(640);
 }
 
-int TestDialog::ask(const TestWindow& window) {
+int TestBox::ask(const TestWindow& window) {
   setWindowTitle(shown(window.title));
   show_status(window);
   show_texts(window);
@@ -66,7 +66,7 @@ int TestDialog::ask(const TestWindow& window) {
   return wait_for_answer();
 }
 
-void TestDialog::show_status(const TestWindow& window) {
+void TestBox::show_status(const TestWindow& window) {
   QPalette colours = palette();
   const QColor colour = verdict_colour(window.colour, colours);
   colours.setColor(QPalette::Window, colours.color(QPalette::Base));
@@ -82,7 +82,7 @@ void TestDialog::show_status(const TestWindow& window) {
   status_->setPalette(of_text);
 }
 
-void TestDialog::show_texts(const TestWindow& window) {
+void TestBox::show_texts(const TestWindow& window) {
   while (labels_.size() < 2 * window.texts.size()) {
     auto* label = new QLabel(this);
     const int at = static_cast<int>(labels_.size());
@@ -102,7 +102,7 @@ void TestDialog::show_texts(const TestWindow& window) {
   }
 }
 
-void TestDialog::show_buttons(const TestWindow& window) {
+void TestBox::show_buttons(const TestWindow& window) {
   const auto of_code = [&](int code) -> const TestWindow::TestButton* {
     for (const TestWindow::TestButton& one : window.buttons) {
       if (one.button.code == code) return &one;
@@ -121,7 +121,7 @@ void TestDialog::show_buttons(const TestWindow& window) {
   for (const TestWindow::TestButton& one : window.buttons) enable_button(one.button.code, one.enabled);
 }
 
-void TestDialog::keyPressEvent(QKeyEvent* event) {
+void TestBox::keyPressEvent(QKeyEvent* event) {
   for (const ButtonPlace& place : places) {
     if (place.key == 0 || event->key() != place.key || event->isAutoRepeat()) continue;
     if (DeskButton* one = button(place.code); one != nullptr && one->isEnabled()) one->click();

@@ -8,9 +8,9 @@ class QFrame;
 
 namespace orvane {
 
-class TestDialog : public DeskWindow {
+class TestBox : public DeskWindow {
  public:
-  explicit TestDialog(QWidget* owner);
+  explicit TestBox(QWidget* owner);
   int ask(const TestWindow& window);
 
  protected:

@@ -13,8 +13,7 @@
 
 namespace orvane {
 
-WaitDialog::WaitDialog(QWidget* owner)
-    : DeskWindow(owner), text_(new TextPane(this)), counter_(new QLabel(this)) {
+WaitBox::WaitBox(QWidget* owner) : DeskWindow(owner), text_(new TextPane(this)), counter_(new QLabel(this)) {
   counter_->setFont(font_for(TextRole::verdict));
   counter_->setTextFormat(Qt::PlainText);
   counter_->setAlignment(Qt::AlignCenter);
@@ -22,7 +21,7 @@ WaitDialog::WaitDialog(QWidget* owner)
   body()->addWidget(counter_);
 }
 
-void WaitDialog::open(const WaitText& text) {
+void WaitBox::open(const WaitText& text) {
   aborted_ = false;
   setWindowTitle(shown(text.title.empty() ? msg(30045) : text.title));
   update_text(text.text);
@@ -35,7 +34,7 @@ void WaitDialog::open(const WaitText& text) {
 }
 
 // The last of several lines counts down; it stands below the others, large.
-void WaitDialog::update_text(std::string_view text) {
+void WaitBox::update_text(std::string_view text) {
   const std::size_t last = text.rfind('\n');
   const bool counts = last != std::string_view::npos;
   const QString lines = shown(text.substr(0, last));
@@ -44,21 +43,21 @@ void WaitDialog::update_text(std::string_view text) {
   counter_->setVisible(counts);
 }
 
-void WaitDialog::close_wait() { hide(); }
+void WaitBox::close_wait() { hide(); }
 
-void WaitDialog::press(int code) {
+void WaitBox::press(int code) {
   if (code != answer::terminate) return;
   aborted_ = true;
   enable_button(code, false);
 }
 
-void WaitDialog::keyPressEvent(QKeyEvent* event) {
+void WaitBox::keyPressEvent(QKeyEvent* event) {
   const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   DeskButton* abort = button(answer::terminate);
   if (enter && !event->isAutoRepeat() && abort != nullptr && abort->hasFocus()) abort->click();
 }
 
-void WaitDialog::closeEvent(QCloseEvent* event) {
+void WaitBox::closeEvent(QCloseEvent* event) {
   event->ignore();
   refuse_close();
 }

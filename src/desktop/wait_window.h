@@ -7,9 +7,9 @@ namespace orvane {
 
 class TextPane;
 
-class WaitDialog : public DeskWindow {
+class WaitBox : public DeskWindow {
  public:
-  explicit WaitDialog(QWidget* owner);
+  explicit WaitBox(QWidget* owner);
   void open(const WaitText& text);
   void update_text(std::string_view text);
   void close_wait();

@@ -20,7 +20,7 @@
 namespace orvane {
 namespace {
 
-constexpr int margin = 18, spacing = 12;
+constexpr int margin = 20, spacing = 12, above_buttons = 10, least_width = 480;
 
 // The windows that wait, the inner ones behind.
 std::vector<DeskWindow*>& waiting_windows() {
@@ -53,6 +53,7 @@ DeskWindow::DeskWindow(QWidget* owner)
   hint_->hide();
   whole->addLayout(body_, 1);
   whole->addWidget(hint_);
+  whole->addSpacing(above_buttons);
   whole->addLayout(row_);
 }
 
@@ -126,8 +127,15 @@ void DeskWindow::place() {
     setGeometry(wanted.intersected(screen).isEmpty() ? screen : wanted);
     return;
   }
+  // A kept window may have changed inside since it was shown last: inner layouts first, then the whole.
+  for (QWidget* inner : findChildren<QWidget*>()) {
+    if (inner->layout() != nullptr) inner->layout()->activate();
+  }
   layout()->activate();
-  const QSize size = sizeHint().expandedTo(minimumSizeHint()).boundedTo(screen.size() * 0.95);
+  QSize size = sizeHint().expandedTo(minimumSizeHint()).expandedTo(QSize(least_width, 0));
+  if (layout()->hasHeightForWidth())
+    size.setHeight(std::max(size.height(), layout()->totalHeightForWidth(size.width())));
+  size = size.boundedTo(screen.size() * 0.95);
   resize(size);
   const QWidget* owner = parentWidget();
   QPoint centre = owner != nullptr && owner->isVisible() ? owner->frameGeometry().center() : screen.center();
@@ -258,6 +266,6 @@ void abandon_windows() {
   for (auto window = windows.rbegin(); window != windows.rend(); ++window) (*window)->give_up();
 }
 
-bool any_window_waits() { return !waiting_windows().empty(); }
+DeskWindow* waiting_window() { return waiting_windows().empty() ? nullptr : waiting_windows().back(); }
 
 }  // namespace orvane

@@ -86,6 +86,7 @@ class DeskWindow : public QWidget {
 
 /// Every window that waits gives up: the Abort command was given, or the operator has left.
 void abandon_windows();
-bool any_window_waits();
+/// The innermost window that waits, or null.
+DeskWindow* waiting_window();
 
 }  // namespace orvane
