@@ -8,7 +8,6 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-#include "config/startup_config.h"
 #include "desktop/look.h"
 #include "desktop/row_model.h"
 #include "desktop/texts.h"
@@ -63,7 +62,7 @@ ChoiceBox::~ChoiceBox() {
 int ChoiceBox::choose(const ChoiceWindow& window, std::size_t& row) {
   if (window.rows == nullptr || is_waiting()) return answer::failed;
   setWindowTitle(shown(window.title));
-  minimised_ = window.kind == WindowKind::choice && startup_config().pd_min != 0;
+  minimised_ = window.minimised;
   const bool listing = window.kind == WindowKind::listing;
   table_->setFont(font_for(listing ? TextRole::table : TextRole::button));
   table_->horizontalHeader()->setFont(font_for(TextRole::note));

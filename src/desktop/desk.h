@@ -51,6 +51,7 @@ class DesktopDesk : public Operator {
   int form(FormWindow& window) override;
   int test(const TestWindow& window) override;
   std::unique_ptr<WaitWindow> wait(const WaitText& text) override;
+  bool is_watched() const override { return !gone_; }
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
   void result_note(std::string_view text, int colour) override;

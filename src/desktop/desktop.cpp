@@ -18,6 +18,7 @@
 #include "desktop/texts.h"
 #include "desktop/tools.h"
 #include "desktop/window.h"
+#include "instruments/bench.h"
 #include "messages/encoding.h"
 #include "platform/terminal.h"
 #include "procedure/file/proc_dir.h"
@@ -204,8 +205,7 @@ void Desktop::show_mode() {
 
 void Desktop::reset_instruments() {
   in_command([&] {
-    engine_make_safe();
-    msgp(30856);
+    if (bench_reset(run_state())) msgp(30856);
   });
 }
 

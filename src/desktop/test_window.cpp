@@ -8,6 +8,7 @@
 
 #include "desktop/button.h"
 #include "desktop/look.h"
+#include "desktop/text_pane.h"
 #include "desktop/texts.h"
 
 namespace orvane {
@@ -27,6 +28,8 @@ constexpr ButtonPlace places[] = {
     {answer::test_continue, false, 0},         {answer::test_term, false, 0},
 };
 
+bool fits_row(const std::string& text) { return text.size() <= 60 && text.find('\n') == std::string::npos; }
+
 }  // namespace
 
 TestBox::TestBox(QWidget* owner)
@@ -35,6 +38,7 @@ TestBox::TestBox(QWidget* owner)
       sign_(new QLabel(banner_)),
       status_(new QLabel(banner_)),
       grid_(new QGridLayout),
+      long_text_(new TextPane(this)),
       aside_(new QHBoxLayout) {
   auto* row = new QHBoxLayout(banner_);
   row->setContentsMargins(18, 12, 18, 12);
@@ -53,6 +57,7 @@ TestBox::TestBox(QWidget* owner)
   aside_->setSpacing(12);
   body()->addWidget(banner_);
   body()->addLayout(grid_, 1);
+  body()->addWidget(long_text_);
   body()->addLayout(aside_);
   set_leave_code(answer::test_term);
   setMinimumWidth(640);
@@ -83,22 +88,36 @@ void TestBox::show_status(const TestWindow& window) {
 }
 
 void TestBox::show_texts(const TestWindow& window) {
-  while (labels_.size() < 2 * window.texts.size()) {
-    auto* label = new QLabel(this);
-    const int at = static_cast<int>(labels_.size());
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font_for(at % 2 == 0 ? TextRole::note : TextRole::prompt));
-    if (at % 2 == 1) label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    grid_->addWidget(label, at / 2, at % 2,
-                     at % 2 == 0 ? Qt::AlignRight | Qt::AlignVCenter : Qt::Alignment());
-    labels_.push_back(label);
+  std::vector<LabelledText> rows;
+  QString long_text;
+  for (const LabelledText& text : window.texts) {
+    if (fits_row(text.text)) {
+      rows.push_back(text);
+    } else {
+      long_text += (long_text.isEmpty() ? "" : "\n") + shown(text.label) + "\n" + shown(text.text);
+    }
   }
+  long_text_->setVisible(!long_text.isEmpty());
+  long_text_->set_text(long_text, font_for(TextRole::note));
+  while (labels_.size() < 2 * rows.size()) make_row();
   for (std::size_t i = 0; i < labels_.size(); ++i) {
-    const bool used = i / 2 < window.texts.size();
+    const bool used = i / 2 < rows.size();
     labels_[i]->setVisible(used);
-    if (!used) continue;
-    const LabelledText& text = window.texts[i / 2];
-    labels_[i]->setText(shown(i % 2 == 0 ? text.label : text.text).trimmed());
+    if (used) labels_[i]->setText(shown(i % 2 == 0 ? rows[i / 2].label : rows[i / 2].text).trimmed());
+  }
+}
+
+void TestBox::make_row() {
+  const int row = static_cast<int>(labels_.size() / 2);
+  for (const TextRole role : {TextRole::note, TextRole::prompt}) {
+    auto* label = new QLabel(this);
+    const bool is_value = role == TextRole::prompt;
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(font_for(role));
+    if (is_value) label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    grid_->addWidget(label, row, is_value ? 1 : 0,
+                     is_value ? Qt::Alignment() : Qt::AlignRight | Qt::AlignVCenter);
+    labels_.push_back(label);
   }
 }
 

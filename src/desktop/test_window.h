@@ -8,6 +8,8 @@ class QFrame;
 
 namespace orvane {
 
+class TextPane;
+
 class TestBox : public DeskWindow {
  public:
   explicit TestBox(QWidget* owner);
@@ -20,6 +22,7 @@ class TestBox : public DeskWindow {
  private:
   void show_status(const TestWindow& window);
   void show_texts(const TestWindow& window);
+  void make_row();
   void show_buttons(const TestWindow& window);
 
   QFrame* banner_;
@@ -27,6 +30,7 @@ class TestBox : public DeskWindow {
   QLabel* status_;
   QGridLayout* grid_;
   std::vector<QLabel*> labels_;  // two a row, used again
+  TextPane* long_text_;          // what does not fit a row: the laboratory's own words
   QHBoxLayout* aside_;
 };
 
