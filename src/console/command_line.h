@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "procedure/pipeline/own_words.h"
+
 namespace orvane {
 
-struct OvrunOptions {
+struct OvrunOptions : OwnWords {
   std::string config;
   std::string settings;
   std::string mode;     // "", "demo" or "real"
@@ -16,13 +18,6 @@ struct OvrunOptions {
   std::string progress = "auto";
   bool check_config = false;
   bool list = false;
-
-  // The system's own words.
-  std::string procedure;      // -run, Windows-1252
-  std::string directory;      // -dir
-  std::string debug_letters;  // behind -T
-  bool auto_test = false;
-  bool trace = false;
 };
 
 /// Reads the command line. A value: the program ends with it at once (0 after help or version, 64 after one line on

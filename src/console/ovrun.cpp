@@ -13,7 +13,6 @@
 #include "platform/terminal.h"
 #include "procedure/pipeline/engine.h"
 #include "procedure/pipeline/run_test.h"
-#include "state/debug.h"
 #include "state/report.h"
 
 namespace orvane {
@@ -52,18 +51,6 @@ Progress progress_of(const std::string& word, const StatusLine& line) {
   if (word == "none") return Progress::none;
   if (word == "plain") return Progress::plain;
   return line.is_live() ? Progress::terminal : Progress::none;
-}
-
-void apply_switches(const OvrunOptions& options) {
-  if (options.auto_test) {
-    set_log_flags(log_bit::auto_test);
-    set_box_flags(box_bit::none);
-  }
-  if (options.trace) {
-    set_debug_flags(debug_bit::bus);
-    set_log_flags(log_bit::open_log);
-  }
-  debug_letters(options.debug_letters);
 }
 
 int check_config(const std::string& path) {
@@ -201,7 +188,7 @@ int run_program(const OvrunOptions& options) {
     error_line("E" + std::to_string(catalogue_missing) + ": " + reason);
     return exit_failed;
   }
-  apply_switches(options);
+  apply_debug_words(options);
   const int status = Session(options).run();
   engine_stop();
   return status;

@@ -91,7 +91,7 @@ bool debug_log_is_open() { return log_file().is_open(); }
 void debug_log_line(std::string_view line) {
   std::ofstream& file = log_file();
   if (file.is_open()) {
-    file << line << '\n' << std::flush;
+    file << line << ((log_flags() & log_bit::lfcr) != 0 ? "\r\n" : "\n") << std::flush;
     return;
   }
   if (std::getenv("ORVANE_DEBUG") == nullptr) return;

@@ -26,6 +26,7 @@ namespace log_bit {
 // Second word.
 constexpr std::uint32_t auto_test = 0x01;  // "-AutoTest"
 constexpr std::uint32_t open_log = 0x08;   // the log is opened at start-up
+constexpr std::uint32_t lfcr = 0x10;       // "-lfcr": lines of the log end with CR LF
 }  // namespace log_bit
 namespace box_bit {
 // Third word.

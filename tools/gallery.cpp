@@ -1,0 +1,368 @@
+// Shows every window of the desktop with what a calibration would put there, and saves a picture of each.
+//   gallery FOLDER light|dark PREFIX     (QT_SCALE_FACTOR for larger ones)
+#include <QApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPainter>
+#include <QPixmap>
+#include <QStyleFactory>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <cstdio>
+#include <functional>
+
+#include "config/startup_config.h"
+#include "config/user_settings.h"
+#include "desktop/desktop.h"
+#include "desktop/main_window.h"
+#include "desktop/results_window.h"
+#include "desktop/window.h"
+#include "messages/catalogue.h"
+#include "state/buttons.h"
+#include "state/run_state.h"
+
+namespace orvane {
+namespace {
+
+QString folder, prefix, scratch;
+int failures = 0;
+
+void dark_colours() {
+  QPalette colours;
+  const QColor ground(38, 40, 43), field(24, 26, 28), text(230, 230, 230), quiet(140, 140, 140);
+  colours.setColor(QPalette::Window, ground);
+  colours.setColor(QPalette::Button, QColor(58, 61, 65));
+  for (const auto role : {QPalette::Base, QPalette::ToolTipBase}) colours.setColor(role, field);
+  colours.setColor(QPalette::AlternateBase, ground);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
+    colours.setColor(role, text);
+  colours.setColor(QPalette::Highlight, QColor(61, 126, 203));
+  colours.setColor(QPalette::HighlightedText, Qt::white);
+  colours.setColor(QPalette::PlaceholderText, quiet);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    colours.setColor(QPalette::Disabled, role, QColor(110, 110, 110));
+  QApplication::setPalette(colours);
+}
+
+void save(QWidget& window, const char* name) {
+  if (!window.grab().save(folder + "/" + prefix + name + ".png")) ++failures;
+}
+
+// Lets the window open, takes its picture and gives it up.
+template <class Show>
+void picture_of(const char* name, Show show, const std::function<void(QWidget&)>& before = {}) {
+  QTimer::singleShot(250, qApp, [&] {
+    QWidget* window = QApplication::activeWindow();
+    for (QWidget* one : QApplication::topLevelWidgets()) {
+      if (one->isVisible() && dynamic_cast<DeskWindow*>(one) != nullptr) window = one;
+    }
+    if (before) before(*window);
+    QApplication::processEvents();
+    save(*window, name);
+    if (auto* waiting = dynamic_cast<DeskWindow*>(window)) waiting->give_up();
+  });
+  show();
+}
+
+std::vector<Button> buttons(std::initializer_list<std::pair<int, int>> rows) {
+  std::vector<Button> made;
+  for (const auto& [row, code] : rows) made.push_back(standard_button(row, code, made.empty()));
+  return made;
+}
+
+class Names : public RowSource {
+ public:
+  std::vector<std::string> rows;
+  std::size_t count() const override { return rows.size(); }
+  std::string row(std::size_t index) const override { return rows[index]; }
+};
+
+class Listing : public RowSource {
+ public:
+  std::size_t count() const override { return 65535; }
+  std::string row(std::size_t index) const override {
+    return formatted("%3d.%03d  MEMC             %d.0000V      1%%", index / 20 + 1, index % 20 + 1,
+                     index % 300);
+  }
+};
+
+void status_board(Desktop& desktop) {
+  DesktopDesk& desk = desktop.desk();
+  desk.status(status_row::procedure, "Hand-held multimeter: verification");
+  desk.status(status_row::revision, "1.0");
+  desk.status(status_row::operator_name, "M. Keller");
+}
+
+void results(DesktopDesk& desk) {
+  const auto line = [&](const char* columns, const char* status, int colour, std::optional<double> percent) {
+    desk.result({"", "", status, colour, columns, percent});
+  };
+  desk.result_note("DC volts", result_colour::comment);
+  line("1\t300mV\t30.00mV\t30.001mV\t\t\t-0.003 %\t3", "PASS", result_colour::pass, -3);
+  line("2\t300mV\t300.0mV\t299.92mV\t\t\t0.027 %\t9", "PASS", result_colour::pass, 9);
+  line("3\t3V\t3.000V\t2.9932V\t\t\t0.227 %\t76", "MARGINAL PASS", result_colour::marginal, 76);
+  desk.result_note("AC volts", result_colour::comment);
+  line("4\t300V\t300V\t305.09V\t\t50Hz\t-1.70 %\t154", "FAIL", result_colour::fail, -154);
+  line("5\t300V\t300V\t302.80V\t\t400Hz\t-0.93 %\t-97", "PASS?", result_colour::pass_indeterminate, -97);
+  line("6\t3kOhm\t3.000kOhm\t3.0291kOhm\t\t\t-0.97 %\t103", "FAIL?", result_colour::fail_indeterminate, 103);
+}
+
+TestWindow test_window(const char* status, int colour) {
+  TestWindow window;
+  window.form = "pt_Result";
+  window.title = "Test result";
+  window.status_text = status;
+  window.colour = colour;
+  window.texts = {{"Range:", "300V"},          {"UUT indicated:", "300V"},     {"System actual:", "305.09V"},
+                  {"Modifier:", "50Hz"},       {"Error:", "-1.70 %"},          {"% of tolerance:", "154"},
+                  {"Test tolerance:", "3.3V"}, {"System tolerance:", "0.08V"}, {"TUR:", "41"}};
+  for (const auto& [code, label] :
+       {std::pair(1001, 7100), std::pair(1005, 7101), std::pair(1002, 7102), std::pair(1000, 7103),
+        std::pair(1004, 7104), std::pair(1003, 7105), std::pair(1006, 7106), std::pair(1007, 7107)})
+    window.buttons.push_back(
+        {{code, std::string(catalogue_text(label)), code == 1001}, code != 1000 && code != 1006});
+  return window;
+}
+
+QString bench_picture() {
+  QPixmap picture(560, 360);
+  picture.fill(QColor(245, 240, 225));
+  QPainter painter(&picture);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(Qt::black, 3));
+  painter.drawRoundedRect(60, 50, 440, 250, 18, 18);
+  painter.drawRect(100, 85, 240, 90);
+  painter.setFont(QFont("DejaVu Sans Mono", 32));
+  painter.drawText(QRect(100, 85, 240, 90), Qt::AlignCenter, "300.0");
+  for (const auto& [x, colour] : {std::pair(380, Qt::red), std::pair(440, Qt::black)}) {
+    painter.setBrush(colour);
+    painter.drawEllipse(QPoint(x, 250), 18, 18);
+  }
+  painter.setBrush(Qt::NoBrush);
+  painter.drawEllipse(QPoint(200, 240), 40, 40);
+  const QString path = scratch + "/bench-view.png";
+  picture.save(path);
+  return path;
+}
+
+void texts(DesktopDesk& desk, const QString& picture) {
+  LinesWindow window;
+  window.kind = WindowKind::prompt;
+  window.title = "Test Information";
+  window.lines = {"Connect the unit to the HP 3458A:", "", "  V input  to  Input HI",
+                  "  COM      to  Input LO",           "", "Then press Continue."};
+  window.buttons = buttons({{button_row::ok, answer::ok}, {button_row::terminate, answer::terminate}});
+  picture_of("display", [&] { desk.lines(window); });
+  window.kind = WindowKind::question;
+  window.title = "Test Decision";
+  window.lines = {"Does the unit measure AC volts?"};
+  window.buttons = buttons({{button_row::yes, answer::yes},
+                            {button_row::no, answer::no},
+                            {button_row::terminate, answer::terminate}});
+  picture_of("question", [&] { desk.lines(window); });
+  window.kind = WindowKind::picture;
+  window.title = "Test Evaluation";
+  window.lines = {"Are all segments of the", "display lit, and equally", "bright?"};
+  window.buttons = {{answer::yes, "Pass", true}, {answer::no, "Fail"}, {answer::terminate, "Terminate"}};
+  window.picture = Picture{picture.toStdString(), "UUT Front View", {}};
+  picture_of("picture", [&] { desk.lines(window); });
+  window.picture->path = "/laboratory/pictures/rear.bmp";
+  picture_of("picture-missing", [&] { desk.lines(window); });
+
+  AskWindow ask;
+  ask.title = "Operator Prompt";
+  ask.lines = {"Reading of the unit in volts?"};
+  ask.buttons = buttons({{button_row::ok, answer::ok}, {button_row::cancel, answer::terminate}});
+  ask.length = 15;
+  std::string text = "1,0045e2";
+  picture_of("prompt", [&] { desk.ask(ask, text); });
+  ask.kind = WindowKind::login;
+  ask.title = "Login";
+  ask.lines = {"Password of M. Keller"};
+  ask.echo = false;
+  text = "secret";
+  picture_of("password", [&] { desk.ask(ask, text); });
+}
+
+void lists(DesktopDesk& desk) {
+  Names names;
+  for (const char* unit : {"Hand-held multimeter: AC volts", "Hand-held multimeter: DC volts",
+                           "Hand-held multimeter: ohms", "Hand-held multimeter: verification",
+                           "Pressure gauge 0 to 10 bar", "Signal generator: level", "Torque wrench 20 Nm"})
+    names.rows.push_back(unit);
+  ChoiceWindow window;
+  window.title = "Choose a procedure";
+  window.filter = true;
+  window.rows = &names;
+  window.first_row = 3;
+  window.buttons = buttons({{button_row::ok, answer::ok}, {button_row::cancel, answer::terminate}});
+  std::size_t row = 0;
+  picture_of("choice", [&] { desk.choose(window, row); });
+  names.rows = {"HP 3458A\tHP 3458A\tIEEE-488 22\tfound", "HP 33120A\t\t\tmissing",
+                "Keithley 2000\tKeithley 2000\tRS232 COM2\tfound"};
+  window.kind = WindowKind::required;
+  window.title = "Required instruments";
+  window.headings = "Needed\tConfigured\tAddress\tState";
+  window.filter = false;
+  window.first_row = 1;
+  picture_of("required", [&] { desk.choose(window, row); });
+  Listing listing;
+  window.kind = WindowKind::listing;
+  window.title = "Procedure";
+  window.headings.clear();
+  window.rows = &listing;
+  window.first_row = 40000;
+  window.buttons = {{answer::ok, msg(5901), true}, {answer::terminate, msg(5911)}};
+  picture_of("listing", [&] { desk.choose(window, row); });
+}
+
+void forms(DesktopDesk& desk) {
+  FormWindow form;
+  form.title = "Enter Data";
+  form.lines = {"Unit under test"};
+  form.fields = {{.name = "SER_NUM$",
+                  .label = "Serial number",
+                  .length = 20,
+                  .low = {},
+                  .high = {},
+                  .required = true,
+                  .choices = {},
+                  .text = ""},
+                 {.name = "UUT_CODE$",
+                  .label = "Code",
+                  .length = 10,
+                  .low = {},
+                  .high = {},
+                  .choices = {},
+                  .text = "DMM-17"},
+                 {.name = "T",
+                  .label = "Temperature in degC",
+                  .kind = FieldKind::number,
+                  .low = 15.0,
+                  .high = 30.0,
+                  .choices = {},
+                  .text = "41"},
+                 {.name = "D",
+                  .label = "Received",
+                  .kind = FieldKind::date,
+                  .low = {},
+                  .high = {},
+                  .choices = {},
+                  .text = ""},
+                 {.name = "S",
+                  .label = "State",
+                  .kind = FieldKind::choice,
+                  .low = {},
+                  .high = {},
+                  .choices = {"good", "damaged"},
+                  .text = "good"},
+                 {.name = "C",
+                  .label = "Accessories complete",
+                  .kind = FieldKind::check,
+                  .low = {},
+                  .high = {},
+                  .choices = {},
+                  .text = "YES"}};
+  form.fault = [](const FormField& field) -> std::string {
+    if (field.required && field.text.empty()) return "A serial number is needed.";
+    if (field.name == "T") return "15 to 30 is taken.";
+    return {};
+  };
+  form.buttons = buttons({{button_row::ok, answer::ok}, {button_row::cancel, answer::terminate}});
+  picture_of(
+      "form", [&] { desk.form(form); },
+      [](QWidget& window) { dynamic_cast<DeskWindow&>(window).press(answer::ok); });
+}
+
+void decisions(DesktopDesk& desk) {
+  picture_of("test-fail", [&] { desk.test(test_window("FAIL", result_colour::fail)); });
+  picture_of("test-pass", [&] { desk.test(test_window("PASS", result_colour::pass)); });
+  TestWindow stopped =
+      test_window("MEMC: stopped by an error. IEEE-488: no device listens. Check address, cable and power.",
+                  result_colour::stopped);
+  stopped.title = "Test stopped";
+  stopped.texts.clear();
+  picture_of("test-stopped", [&] { desk.test(stopped); });
+  picture_of("error", [&] {
+    desk.message(MessageKind::error, 2742,
+                 "E2742: IEEE-488: no device listens. Check address, cable and power.");
+  });
+  const auto wait = desk.wait({"Warming up", "The source settles before the next point.\n00:42", true});
+  picture_of("wait", [] {
+    QEventLoop loop;
+    QTimer::singleShot(500, &loop, &QEventLoop::quit);
+    loop.exec();
+  });
+}
+
+void start_faults() {
+  DesktopDesk desk;
+  desk.message(MessageKind::error, 504,
+               "E504: orvane.ini: the key \"oot_lim\" is missing; add it with its value.");
+  desk.message(MessageKind::error, 505,
+               "E505: orvane.ini:41: \"maybe\" is no value of the key \"pass100\", which takes yes/no.");
+  desk.message(MessageKind::error, 548,
+               "E548: orvane.ini:7: the key \"procdir\" names \"/lab/procs\", which is no folder; make it or "
+               "name another.");
+  picture_of("start-faults", [&] { desk.tell_gathered(); });
+}
+
+int all() {
+  use_user_settings((scratch + "/settings.ini").toStdString());
+  startup_config().workload_data.clear();
+  start_faults();
+  Desktop desktop;
+  desktop.open();
+  MainWindow& main = desktop.main();
+  QApplication::processEvents();
+  save(main, "main");
+  QMenu* menu = main.menuBar()->actions().first()->menu();
+  menu->popup(main.mapToGlobal(QPoint(0, 20)));
+  QApplication::processEvents();
+  save(*menu, "menu");
+  menu->hide();
+  picture_of("about", [&] { desktop.command(command::about); });
+  status_board(desktop);
+  const QString picture = bench_picture();
+  texts(desktop.desk(), picture);
+  lists(desktop.desk());
+  forms(desktop.desk());
+  decisions(desktop.desk());
+  main.set_busy(true);
+  desktop.desk().run_begins({"Hand-held multimeter: verification", "1.0", false});
+  desktop.desk().enable_abort_menu(true);
+  desktop.desk().status(status_row::heading, "AC volts\n300 V range");
+  desktop.desk().progress({48, 120, 4, 11, 107});
+  results(desktop.desk());
+  tres_window()->resize(tres_window()->width(), 210);
+  QApplication::processEvents();
+  save(main, "main-run");
+  save(*tres_window(), "results");
+  desktop.desk().enable_abort_menu(false);
+  main.set_busy(false);
+  return failures == 0 ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace orvane
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  if (argc != 4) {
+    std::fputs("usage: gallery FOLDER light|dark PREFIX\n", stderr);
+    return 64;
+  }
+  QApplication::setStyle(QStyleFactory::create("Fusion"));
+  QApplication::setFont(QFont("DejaVu Sans", 10));
+  const QTemporaryDir scratch;
+  orvane::scratch = scratch.path();
+  orvane::folder = argv[1];
+  orvane::prefix = argv[3];
+  if (QString(argv[2]) == "dark") orvane::dark_colours();
+  std::string reason;
+  if (!orvane::catalogue_open(reason)) {
+    std::fprintf(stderr, "gallery: %s\n", reason.c_str());
+    return 3;
+  }
+  return orvane::all();
+}
