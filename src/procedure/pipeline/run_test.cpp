@@ -15,6 +15,7 @@
 #include "procedure/pipeline/select_procedure.h"
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
+#include "state/pump.h"
 #include "state/report.h"
 #include "state/run_variables.h"
 
@@ -66,7 +67,9 @@ class TestRun {
         &TestRun::prepare_data, &TestRun::ask_start_data, &TestRun::begin,
     };
     run_.clear(run_flag::stop_test);
+    clear_abort();
     for (const Step step : steps) {
+      if (abort_requested()) return given_up_by_abort();
       if (const int result = (this->*step)(); result != run_result::finished) return result;
     }
     execute();
@@ -77,6 +80,12 @@ class TestRun {
   }
 
  private:
+  // An Abort in a window in front of the run: its start would forget the request.
+  static int given_up_by_abort() {
+    clear_abort();
+    return run_result::given_up;
+  }
+
   static int as_result(bool done) { return done ? run_result::finished : run_result::failed; }
 
   int recover() { return as_result(recover_died_run(run_)); }
@@ -146,10 +155,9 @@ class TestRun {
       report_entry_faults(faults);
       return as_result(run_error(run_, 2508, startup_config().bcf));
     }
-    if (entry_.environment_at_start) {
-      if (const int result = ask_environment(run_); result != run_result::finished) return result;
-    }
-    const int result = ask_start_form(run_, entry_.start);
+    int result = entry_.environment_at_start ? ask_environment(run_) : run_result::finished;
+    if (abort_requested()) return given_up_by_abort();
+    if (result == run_result::finished) result = ask_start_form(run_, entry_.start);
     if (result == run_result::failed) run_error(run_, 2508, startup_config().bcf);
     return result;
   }

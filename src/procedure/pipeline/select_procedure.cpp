@@ -65,7 +65,10 @@ int choose_row(ChoiceWindow& window, std::size_t& row) {
                     standard_button(button_row::cancel, answer::terminate)};
   row = window.first_row;
   const int code = platform().desk != nullptr ? platform().desk->choose(window, row) : answer::failed;
-  if (code == answer::failed) return run_result::failed;
+  if (code == answer::failed) {
+    errp(374);
+    return run_result::failed;
+  }
   if (code != answer::ok) return run_result::given_up;
   return row < window.rows->count() ? run_result::finished : run_result::given_up;  // a list without rows
 }

@@ -22,6 +22,7 @@ Log steps;  // what happened, in its order
 // A desk that writes windows and boards into the one list.
 class OrderDesk : public test::Desk {
  public:
+  bool abort_at_form = false;  // the Abort command is given while a form waits
   void message(MessageKind kind, int number, std::string_view text) override {
     steps.push_back("message " + std::to_string(number));
     Desk::message(kind, number, text);
@@ -36,6 +37,7 @@ class OrderDesk : public test::Desk {
   }
   int form(FormWindow& window) override {
     steps.push_back("form " + (window.fields.empty() ? std::string() : window.fields[0].name));
+    if (abort_at_form) raise_abort();
     return Desk::form(window);
   }
   void run_begins(const RunBoard& board) override { steps.push_back("begins " + board.procedure); }
@@ -339,6 +341,39 @@ TEST_F(Pipeline, ADamagedDataEntryFileStopsTheRunBeforeItBegins) {
   order.shown.clear();
   EXPECT_EQ(go("Main"), run_result::failed);
   EXPECT_EQ(order.message_numbers(), (std::vector<int>{30610, 2508}));
+}
+
+TEST_F(Pipeline, AWindowThatFailsOrIsAbortedNeverBegins) {
+  data_entry(both_ends);
+  reply(answer::failed);
+  EXPECT_EQ(go("Main"), run_result::failed);
+  EXPECT_EQ(order.message_numbers(), std::vector<int>{2508});
+  order.shown.clear();
+  reply(answer::failed);
+  EXPECT_EQ(run_test(run, ""), run_result::failed);
+  EXPECT_EQ(order.message_numbers(), std::vector<int>{374});
+  EXPECT_EQ(m(1), 0);
+
+  // Abort while the first form waits, which is then answered by its button.
+  order.shown.clear();
+  order.abort_at_form = true;
+  reply(answer::ok, {{"TEMP$", "23"}, {"HUMIDITY$", "40"}});
+  startup_config().bcf = write("room.txt", "[environment]\nask = start\n");
+  EXPECT_EQ(go("Main"), run_result::given_up);
+  EXPECT_TRUE(order.message_numbers().empty());
+  EXPECT_EQ(m(1), 0);
+  raise_abort();  // one that is left over from before
+  order.abort_at_form = false;
+  reply(answer::ok, {{"TEMP$", "23"}, {"HUMIDITY$", "40"}});
+  EXPECT_EQ(go("Main"), run_result::finished);
+}
+
+TEST_F(Pipeline, SettingsThatCannotBeWrittenLoseNoRun) {
+  run.demo_mode = false;
+  use_user_settings(folder.string());  // a folder
+  EXPECT_EQ(go("Main"), run_result::finished);
+  EXPECT_EQ(order.message_numbers(), (std::vector<int>{2242, 2242}));
+  EXPECT_EQ(m(1), 1);
 }
 
 TEST_F(Pipeline, TheRoomIsReadFromTheSensorsFile) {
