@@ -5,6 +5,7 @@
 #include "procedure/pipeline/run_test.h"
 #include "state/debug.h"
 #include "state/pump.h"
+#include "state/run_variables.h"
 #include "support/procedures.h"
 
 namespace orvane {
@@ -181,6 +182,8 @@ TEST_F(Loop, TheAdjustmentBlockRunsWhenItIsCalledFor) {
     EXPECT_EQ(m(1), c.runs ? 1 : 0) << name;
     EXPECT_EQ(contents((folder / "rslt.tmp").string()).find("ADJUST PERFORMED") != std::string::npos, c.runs)
         << name;
+    ASSERT_NE(run_variable(run, "NUM_ADJ$"), nullptr);
+    EXPECT_EQ(*run_variable(run, "NUM_ADJ$"), c.runs ? "1" : "0") << name;
   }
 }
 

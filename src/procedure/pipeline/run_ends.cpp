@@ -56,6 +56,12 @@ void set_start_variables(RunState& run, const Procedure& procedure) {
   run_variable_set(run, "TIME$", formatted("%02d:%02d:%02d", at.tm_hour, at.tm_min, at.tm_sec));
 }
 
+void show_operator(const RunState& run) {
+  const std::string* name = run_variable(run, "OPERATOR_NAME$");
+  if (name != nullptr && platform().desk != nullptr)
+    platform().desk->status(status_row::operator_name, *name);
+}
+
 // "1 Hour 12 Minutes"; without the hours below one.
 std::string hours_text(double minutes) {
   const int whole = static_cast<int>(minutes);  // ticks count 49 days at most
@@ -118,6 +124,7 @@ bool initialise_run(RunState& run, const Procedure& procedure) {
   mvar_push_frame(run);
   show_procedure(run, procedure);
   set_start_variables(run, procedure);
+  show_operator(run);
   if (log_open(run) && bench_begin(run)) return true;
   run.set(run_flag::stop_test);
   return false;
