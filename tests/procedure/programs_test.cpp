@@ -166,9 +166,9 @@ TEST_F(Programs, TextsAreTheSystemsOnesOutside) {
       "programs/\xC3\xBC"
       "ber",
       "echo \"$1\" > said.txt\n");
-  procedure("Say", {"DOS \xC3\xBC"
-                    "ber \xC2\xB5V",
-                    "END"});  // the source is UTF-8, the record Windows-1252
+  procedure("Say", {"DOS \xFC"
+                    "ber \xB5V",
+                    "END"});  // Windows-1252 inside
   EXPECT_EQ(go("Say"), run_result::finished);
   EXPECT_TRUE(desk.message_numbers().empty()) << desk.last_message();
   EXPECT_EQ(contents((folder / "cwd/said.txt").string()), "\xC2\xB5V\n");
