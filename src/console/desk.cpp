@@ -152,6 +152,7 @@ std::string ConsoleDesk::coloured(std::string_view text, int colour) const {
     case result_colour::marginal:
     case result_colour::pass_indeterminate:
     case result_colour::skipped: code = "\x1b[33m"; break;
+    case result_colour::comment: code = "\x1b[36m"; break;
     default: return std::string(text);
   }
   return code + std::string(text) + "\x1b[0m";

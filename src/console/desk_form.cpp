@@ -62,6 +62,7 @@ int ConsoleDesk::form_from_answers(Waiting& window, const Answer& answer) {
   std::string fault;
   const FormField* faulty = field_at_fault(form, fault);
   if (faulty == nullptr) return code;
+  if (answer.kind == Answer::Kind::abort) return leave(window);  // what Abort leaves need not be whole
   errp(30512, answer.line, faulty->name, window.title, fault, button_offer(window.buttons));
   return misfit(window);
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "messages/catalogue.h"
+#include "messages/encoding.h"
 #include "platform/files.h"
 
 namespace orvane {
@@ -41,9 +42,10 @@ bool is_picture_file(const std::string& path) {
 
 std::string picture_line(const Picture& picture) {
   const std::string title = picture.title.empty() ? msg(30531) : picture.title;
-  if (!file_exists(picture.path)) return "[" + title + ": " + msg(30532, picture.path) + "]";
-  if (!is_picture_file(picture.path)) return "[" + title + ": " + msg(30533, picture.path) + "]";
-  return "[" + title + ": " + picture.path + "]";
+  const std::string path = cp1252_from_either(picture.path);
+  if (!file_exists(picture.path)) return "[" + title + ": " + msg(30532, path) + "]";
+  if (!is_picture_file(picture.path)) return "[" + title + ": " + msg(30533, path) + "]";
+  return "[" + title + ": " + path + "]";
 }
 
 }  // namespace orvane

@@ -10,7 +10,7 @@ namespace orvane {
 /// Does the file begin as a picture does: BMP, PNG, JPEG, GIF, TIFF, ICO, PCX, WMF, portable pixmap or SVG?
 bool is_picture_file(const std::string& path);
 
-/// The line that stands for a picture.
+/// The line that stands for a picture, Windows-1252.
 std::string picture_line(const Picture& picture);
 
 }  // namespace orvane

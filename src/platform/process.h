@@ -49,6 +49,9 @@ class Processes {
 Processes& processes();
 void use_processes(Processes* other);
 
+/// A text of the engine (Windows-1252) as file names and programs of this system have it: UTF-8, or as it is on Windows.
+std::string system_text(std::string_view text);
+
 /// The program of this name in the system's search path; empty if it is in none of its folders.
 std::string program_in_search_path(std::string_view name);
 

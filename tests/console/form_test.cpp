@@ -203,6 +203,9 @@ TEST_F(Form, IsFilledByAScript) {
       "\"TEMP$\":\"21.5\",\"STATE$\":\"used\",\"CLEAN$\":\"NO\"}}\n");
   EXPECT_EQ(answered("cancel\n"), answer::terminate);
   EXPECT_EQ(answered("*\n"), answer::ok);
+  window.fields[1].text.clear();
+  EXPECT_EQ(answered("abort\n"), answer::terminate) << "a form that cannot be taken is left by Abort";
+  EXPECT_TRUE(abort_requested());
 }
 
 TEST_F(Form, AScriptThatDoesNotFitIsTold) {

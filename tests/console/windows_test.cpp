@@ -1,10 +1,16 @@
 // What the console makes of pictures, lists with columns, hidden texts, progress and the bell.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
 
 #include "console/columns.h"
 #include "console/desk.h"
 #include "console/picture_file.h"
 #include "console/progress_text.h"
+#include "platform/terminal.h"
 #include "state/beeper.h"
 #include "support/desk.h"
 
@@ -128,6 +134,25 @@ TEST_F(Windows, HiddenTextsAreWrittenNowhere) {
   EXPECT_EQ(contents(path).find("1234"), std::string::npos);
   EXPECT_NE(contents(path).find("\"kind\":\"login\""), std::string::npos);
   EXPECT_NE(contents(path).find("\"text\":\"***\""), std::string::npos);
+}
+
+TEST(TerminalEcho, IsOffWhileATextIsHidden) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+  const int line = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY), saved = ::dup(STDIN_FILENO);
+  ASSERT_GE(line, 0);
+  ::dup2(line, STDIN_FILENO);
+  const auto echoes = [&] {
+    termios settings{};
+    return ::tcgetattr(line, &settings) == 0 && (settings.c_lflag & ECHO) != 0;
+  };
+  EXPECT_TRUE(echoes());
+  terminal_echo(false);
+  EXPECT_FALSE(echoes());
+  terminal_echo(true);
+  EXPECT_TRUE(echoes());
+  ::dup2(saved, STDIN_FILENO);
+  for (const int descriptor : {saved, line, terminal}) ::close(descriptor);
 }
 
 class ThreeRows : public RowSource {

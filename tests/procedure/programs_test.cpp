@@ -161,6 +161,19 @@ TEST_F(Programs, TheTextIsTakenAsItStandsWithoutTheKey) {
   EXPECT_EQ(contents((folder / "cwd/said.txt").string()), "[MEM]\n");
 }
 
+TEST_F(Programs, TextsAreTheSystemsOnesOutside) {
+  script(
+      "programs/\xC3\xBC"
+      "ber",
+      "echo \"$1\" > said.txt\n");
+  procedure("Say", {"DOS \xFC"
+                    "ber \xB5V",
+                    "END"});  // Windows-1252 inside
+  EXPECT_EQ(go("Say"), run_result::finished);
+  EXPECT_TRUE(desk.message_numbers().empty()) << desk.last_message();
+  EXPECT_EQ(contents((folder / "cwd/said.txt").string()), "\xC2\xB5V\n");
+}
+
 TEST_F(Programs, AreLookedForInTheirFolders) {
   const std::string in_programs = script("programs/tool", ""), in_cwd = script("cwd/tool", "");
   const std::string only_cwd = script("cwd/other.exe", ""), absolute = script("alone", "");

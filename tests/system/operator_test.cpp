@@ -129,6 +129,17 @@ TEST_F(OperatorRuns, AProgramJudgesATest) {
   EXPECT_EQ(contents("work/dosdose.dat"), "1\n2\n0\n3\n42.5\n2 ok\n");
 }
 
+TEST_F(OperatorRuns, TheBusIsThereAgainBehindAProgram) {
+  procedure("bus", {source_line(1, 1, "IEEE", "[@22]DCV 10;TRIG SGL[I]"),
+                    source_line(1, 2, "MATH", "M[1] = MEM"), source_line(1, 3, "MATH", "MEM = 0"),
+                    source_line(1, 4, "DOS", "true"), source_line(1, 5, "IEEE", "[@22]TRIG SGL[I]"),
+                    "  1.006  EVAL   -e abs(M[1] - 10) < 0.1 && abs(MEM - 10) < 0.1 : both read",
+                    source_line(1, 7, "END")});
+  const Ended ended = run_process(ovrun("bus", "continue\n"));
+  EXPECT_EQ(ended.status, 0) << ended.err << ended.out;
+  EXPECT_EQ(message_numbers(), std::vector<int>{});
+}
+
 TEST_F(OperatorRuns, AFormIsTypedAtATerminal) {
   configure("bcf", path("entry.txt"));
   write("entry.txt", "[start]\nfield = SER_NUM$\nlabel = Serial number\nrequired = yes\n");

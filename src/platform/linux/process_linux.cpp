@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "messages/encoding.h"
 #include "platform/files.h"
 #include "platform/process.h"
 
@@ -187,6 +188,8 @@ Processes& system_processes() {
   static LinuxProcesses all;
   return all;
 }
+
+std::string system_text(std::string_view text) { return utf8_from_cp1252(text); }
 
 bool is_program(const std::string& path) {
   return is_ordinary_file(path) && ::access(path.c_str(), X_OK) == 0;

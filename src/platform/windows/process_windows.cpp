@@ -129,6 +129,8 @@ Processes& system_processes() {
   return all;
 }
 
+std::string system_text(std::string_view text) { return std::string(text); }
+
 bool is_program(const std::string& path) { return is_ordinary_file(path); }
 
 std::string program_in_search_path(std::string_view name) {

@@ -5,6 +5,7 @@
 
 #include "config/startup_config.h"
 #include "platform/files.h"
+#include "platform/process.h"
 #include "procedure/file/procedure.h"
 #include "procedure/operator/lines.h"
 #include "state/buttons.h"
@@ -23,7 +24,7 @@ constexpr const char* views[] = {"Front", "Back", "Left", "Right", "Bottom"};
 
 std::string in_picture_folder(std::string_view name) {
   std::string path;
-  return join_path(path, path_limit, startup_config().picdir, name) ? path : std::string(name);
+  return join_path(path, path_limit, startup_config().picdir, system_text(name)) ? path : std::string(name);
 }
 
 int percent(int value) { return std::clamp(value, 0, highest_percent); }
@@ -70,9 +71,8 @@ bool picture_window(Statement& s, LinesWindow& window) {
     if (!expand_text(s.run, s.record, texts.front(), first)) return false;
     std::string path = picture_file(first, rest);
     if (!path.empty())
-      window.picture = Picture{.path = std::move(path),
-                               .title = picture_title(s.run.draw),
-                               .frame = picture_frame(s.run.draw)};
+      window.picture = Picture{
+          .path = std::move(path), .title = picture_title(s.run.draw), .frame = picture_frame(s.run.draw)};
     // Blanks alone, or nothing, behind the name are no line.
     if (!rest.empty()) window.lines = wrap_lines(rest);
     texts.erase(texts.begin());

@@ -137,7 +137,9 @@ bool take_data(RunState& run, const std::string& path, ProgramData& data) {
 }
 
 bool words_of(Statement& s, std::string_view command, std::vector<std::string>& words) {
-  return command_words(command, words) || run_error(s.run, 30709, command);
+  if (!command_words(command, words)) return run_error(s.run, 30709, command);
+  for (std::string& word : words) word = system_text(word);
+  return true;
 }
 
 bool command_of(Statement& s, std::string& command) {
