@@ -7,6 +7,7 @@
 #include "evaluation/result_log.h"
 #include "instruments/bench.h"
 #include "instruments/device_list.h"
+#include "platform/local_time.h"
 #include "platform/platform.h"
 #include "procedure/file/memory.h"
 #include "procedure/pipeline/run_reset.h"
@@ -25,16 +26,6 @@ constexpr std::string_view underway = "underway", done = "done";
 constexpr double ms_per_minute = 60000, minutes_per_hour = 60;
 
 // --- Variables -------------------------------------------------------------------------------------------------
-
-std::tm local_time(std::time_t time) {
-  std::tm parts{};
-#ifdef _WIN32
-  static_cast<void>(localtime_s(&parts, &time));
-#else
-  static_cast<void>(localtime_r(&time, &parts));
-#endif
-  return parts;
-}
 
 // DATE$, MDY$ and DMY$, with `suffix` between the name and its "$".
 void set_dates(RunState& run, std::time_t time, std::string_view suffix) {
