@@ -129,7 +129,8 @@ bool entry_variable_written(std::string_view name) {
 std::string entry_fault(const FormField& field) {
   if (field.kind == FieldKind::note || field.read_only) return {};
   if (trim_blanks(field.text).empty()) return field.required ? msg(30630) : std::string();
-  if (field.length != 0 && field.text.size() > field.length) return msg(30635, field.length);
+  const bool typed = field.kind != FieldKind::choice && field.kind != FieldKind::check;
+  if (typed && field.length != 0 && field.text.size() > field.length) return msg(30635, field.length);
   switch (field.kind) {
     case FieldKind::number:
     case FieldKind::integer: return number_fault(field);

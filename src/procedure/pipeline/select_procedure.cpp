@@ -149,14 +149,21 @@ bool npd_rows(const std::string& directory_path, std::vector<NpdRow>& rows) {
   std::string lines;
   const bool read = pd_read_lines(handle, lines);
   if (!pd_close(handle) || !read) return false;
-  std::string_view file;
+  std::string_view file;  // of the entry in hand; empty: none has begun
+  std::size_t damaged = 0;
   for (std::size_t at = 0; at + pd_line_size <= lines.size(); at += pd_line_size) {
     const std::string_view line = std::string_view(lines).substr(at, pd_line_size);
     if (pd::is_deleted(line)) continue;
     if (pd::is_first(line)) file = pd::file_of(line);
-    if (!pd::acceptable(line, runnable_kinds) || pd::name_of(line).empty()) continue;
-    rows.push_back({std::string(pd::name_of(line)), std::string(file), line[pd::at_kind]});
+    const std::string_view name = pd::name_of(line);
+    if (!line.ends_with("\r\n") || file.empty() || name.empty()) {
+      ++damaged;
+    } else if (pd::acceptable(line, runnable_kinds)) {
+      rows.push_back({std::string(name), std::string(file), line[pd::at_kind]});
+    }
+    if (pd::is_last(line)) file = {};
   }
+  if (damaged > 0) warnp(30652, directory_path, damaged);
   return true;
 }
 

@@ -24,7 +24,8 @@ struct NpdRow {
   std::string file;
   char kind = ' ';  // "E" or "H"
 };
-/// The procedures of the directory by their names, in the order of the directory. False after a report.
+/// The procedures of the directory by their names, in the order of the directory. Damaged lines are left out and told
+/// (warning 30652): the other procedures can be run. False after a report.
 [[nodiscard]] bool npd_rows(const std::string& directory_path, std::vector<NpdRow>& rows);
 /// The procedure-selection window: names with file and kind, narrowed by typing. Begins at the procedure that was
 /// chosen last. A run_result.

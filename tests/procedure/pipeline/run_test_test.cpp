@@ -237,6 +237,36 @@ TEST_F(Pipeline, TheMethodSaysHowAProcedureIsChosen) {
   EXPECT_NE(order.last_message().find("jobs.txt:2: "), std::string::npos);
 }
 
+TEST_F(Pipeline, DamagedLinesOfTheDirectoryHideNoOtherProcedure) {
+  for (const char* name : {"A", "B", "C", "D"}) procedure(name, {"END"});
+  const std::string path = (folder / "proc.dir").string(), sound = contents(path);
+  struct Case {
+    std::size_t line, column;  // of the byte that is damaged
+    char byte;
+    std::size_t rows;
+    bool told;
+  };
+  const Case cases[] = {
+      {0, 1, 'E', 5, false},  // as it was
+      {1, 74, 'x', 4, true},  // no line end
+      {2, 2, ' ', 4, true},   // not the first line of an entry, and none has begun
+      {3, 5, ' ', 4, true},   // no file
+      {4, 18, ' ', 4, true},  // no name
+      {4, 0, 'X', 4, false},  // deleted
+      {4, 1, ' ', 4, false},  // no kind that runs
+  };
+  for (const Case& c : cases) {
+    std::string text = sound;
+    text[c.line * 75 + c.column] = c.byte;
+    write("proc.dir", text);
+    order.shown.clear();
+    order.reply(answer::terminate);
+    EXPECT_EQ(run_test(run, ""), run_result::given_up);
+    EXPECT_EQ(order.of_kind("choose").back().lines.size(), c.rows) << c.line << ":" << c.column;
+    EXPECT_EQ(order.message_numbers(), c.told ? std::vector<int>{30652} : std::vector<int>{}) << c.line;
+  }
+}
+
 TEST_F(Pipeline, AMarkerTellsOfARunThatDied) {
   run.demo_mode = false;
   const HandlerRow head{fsc::head, [](Statement&) {
