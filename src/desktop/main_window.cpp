@@ -217,7 +217,8 @@ void MainWindow::make_rows() {
   heading_->setBackgroundRole(QPalette::Base);
   heading_->setForegroundRole(QPalette::Text);
   heading_->setAutoFillBackground(true);
-  progress_ = new QLabel;
+  progress_ = new QLabel;  // shown in a run only, so that its font costs no start
+  progress_->setFont(font_for(TextRole::note));
   bar_ = new QProgressBar;
   bar_->setTextVisible(false);
   run_ = new QPushButton(middle);
