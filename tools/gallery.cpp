@@ -334,6 +334,7 @@ int all() {
   desktop.desk().status(status_row::heading, "AC volts\n300 V range");
   desktop.desk().progress({48, 120, 4, 11, 107});
   results(desktop.desk());
+  QApplication::processEvents();
   tres_window()->resize(tres_window()->width(), 210);
   QApplication::processEvents();
   save(main, "main-run");

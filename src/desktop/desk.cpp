@@ -1,6 +1,7 @@
 #include "desktop/desk.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 #include <algorithm>
 
 #include "config/user_settings.h"
@@ -17,6 +18,8 @@
 
 namespace orvane {
 namespace {
+
+constexpr int short_delay = 300;  // milliseconds
 
 // The one object of a kind of window, made at its first use.
 template <class Dialog>
@@ -127,9 +130,15 @@ std::unique_ptr<WaitWindow> DesktopDesk::wait(const WaitText& text) {
 void DesktopDesk::show_newest_wait() {
   if (waits_.empty()) {
     if (wait_ != nullptr) wait_->close_wait();
-  } else if (main_ != nullptr && !gone_) {
+  } else if (main_ != nullptr && !gone_ && !waits_.back()->text.title.empty()) {
     the(wait_, main_).open(waits_.back()->text);
     if (platform().events != nullptr) platform().events->turn();  // it is seen before the wait goes on
+  } else if (main_ != nullptr && !gone_) {
+    // Without a title it tells of a delay that is mostly too short to be read.
+    const DesktopWait* delay = waits_.back();
+    QTimer::singleShot(short_delay, main_, [this, delay] {
+      if (!waits_.empty() && waits_.back() == delay) the(wait_, main_).open(delay->text);
+    });
   }
 }
 
@@ -140,19 +149,26 @@ void DesktopDesk::status(int row, std::string_view text) {
 }
 
 void DesktopDesk::result(const ResultLine& line) {
+  if (main_ != nullptr) tres_make(main_);
   // A line without columns of its own is cut from the printed one.
   tres_add_line(line.columns.empty() ? line.line1 : line.columns, line.colour, line.percent,
                 line.status_text);
 }
 
-void DesktopDesk::result_note(std::string_view text, int colour) { tres_add_line(text, colour); }
+void DesktopDesk::result_note(std::string_view text, int colour) {
+  if (main_ != nullptr) tres_make(main_);
+  tres_add_line(text, colour);
+}
 
 void DesktopDesk::run_begins(const RunBoard& board) {
   if (main_ == nullptr) return;
-  tres_make(main_);
   tres_clear();
   // The section's key "Open" says whether the window opens by itself.
-  if (user_setting("Run Time Results", "Open").value_or("yes") != "no") tres_open(main_, board.test_run);
+  if (user_setting("Run Time Results", "Open").value_or("yes") == "no") return;
+  // It opens as the run's first events are handled, without holding the run up.
+  QTimer::singleShot(0, main_, [main = main_, test_run = board.test_run] {
+    if (main->run_is_on()) tres_open(main, test_run);
+  });
 }
 
 void DesktopDesk::enable_abort_menu(bool run_is_on) {

@@ -247,7 +247,7 @@ int refuse_instance(DesktopDesk& desk, InstanceState state) {
   } else {
     errp(2292, msg(30861), msg(30862));
   }
-  for (const DesktopDesk::Report& report : desk.gathered()) error_line(utf8_from_cp1252(report.text));
+  error_line(utf8_from_cp1252(last_error()));
   if (has_screen()) desk.tell_gathered();
   return exit_failed;
 }

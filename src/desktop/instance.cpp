@@ -1,6 +1,7 @@
 #include "desktop/instance.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include "desktop/texts.h"
 #include "platform/files.h"
@@ -8,22 +9,30 @@
 namespace orvane {
 namespace {
 
-std::unique_ptr<QLockFile> lock_of(const char* name) {
+// Where the user has no folder of the program's yet and none can be made, the one for passing files serves.
+QString lock_folder() {
   const QString folder = shown_path(user_config_directory());
-  // Where the user has no folder of the program's yet and none can be made, the one for passing files serves.
-  const bool there = QDir().mkpath(folder);
-  auto lock = std::make_unique<QLockFile>((there ? folder : QDir::tempPath()) + "/" + name);
+  return QFileInfo(folder).isDir() || QDir().mkpath(folder) ? folder : QDir::tempPath();
+}
+
+std::unique_ptr<QLockFile> lock_of(const QString& path) {
+  auto lock = std::make_unique<QLockFile>(path);
   lock->setStaleLockTime(0);  // only the end of its process frees a lock
   return lock;
+}
+
+bool is_held(const QString& path) {
+  if (!QFileInfo::exists(path)) return false;
+  const auto lock = lock_of(path);
+  return !lock->tryLock(0) && lock->error() == QLockFile::LockFailedError;
 }
 
 }  // namespace
 
 InstanceState Instance::take() {
-  const auto editor = lock_of("test-run.lock");
-  if (!editor->tryLock(0) && editor->error() == QLockFile::LockFailedError) return InstanceState::editor_runs;
-  editor->unlock();
-  lock_ = lock_of("run-time.lock");
+  const QString folder = lock_folder();
+  if (is_held(folder + "/test-run.lock")) return InstanceState::editor_runs;
+  lock_ = lock_of(folder + "/run-time.lock");
   if (!lock_->tryLock(0) && lock_->error() == QLockFile::LockFailedError) return InstanceState::taken;
   return InstanceState::free;
 }

@@ -187,6 +187,7 @@ void MainWindow::set_run(bool on) {
 
 // --- Status ---
 
+// Two fonts and no more: each further one costs the start a millisecond.
 void MainWindow::make_rows() {
   auto* middle = new QWidget(this);
   auto* column = new QVBoxLayout(middle);
@@ -199,7 +200,6 @@ void MainWindow::make_rows() {
   int at = 0;
   for (const StatusCaption& one : captions) {
     auto* caption = new QLabel(shown(catalogue_text(one.caption)));
-    caption->setFont(font_for(TextRole::note));
     auto* text = new QLabel;
     text->setTextFormat(Qt::PlainText);
     text->setFont(font_for(TextRole::heading));
@@ -217,7 +217,7 @@ void MainWindow::make_rows() {
   heading_->setBackgroundRole(QPalette::Base);
   heading_->setForegroundRole(QPalette::Text);
   heading_->setAutoFillBackground(true);
-  progress_ = new QLabel;
+  progress_ = new QLabel;  // shown in a run only, so that its font costs no start
   progress_->setFont(font_for(TextRole::note));
   bar_ = new QProgressBar;
   bar_->setTextVisible(false);
@@ -225,7 +225,7 @@ void MainWindow::make_rows() {
   abort_ = new QPushButton(middle);
   const auto set_up = [](QPushButton* button, const QString& text) {
     button->setText(text);
-    button->setFont(font_for(TextRole::button));
+    button->setFont(font_for(TextRole::heading));
     button->setMinimumSize(abort_width, abort_height);
     button->setFocusPolicy(Qt::TabFocus);
   };

@@ -21,7 +21,7 @@ constexpr MenuCommand commands[] = {
     {command::abort,           Menu::run,       4343, operator_right::always,   nullptr,  false, false},
     {command::by_procedure,    Menu::run,       4345, operator_right::common,   nullptr,  true,  true},
     {command::by_asset,        Menu::run,       4344, operator_right::common,   nullptr,  true,  false, no_database},
-    {command::by_workload,     Menu::run,       4346, operator_right::workload, nullptr,  true,  false, no_database},
+    {command::by_workload,     Menu::run,       4346, operator_right::workload, nullptr,  true,  false},
     {command::real_mode,       Menu::run,       4350, operator_right::common,   nullptr,  true,  true},
     {command::reset,           Menu::run,       4352, operator_right::reset,    "F12",    false, false},
     {command::login,           Menu::run,       4357, operator_right::common,   nullptr,  false, true,  no_database},

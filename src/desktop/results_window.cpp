@@ -55,7 +55,8 @@ ResultsWindow::ResultsWindow(QWidget* owner)
 // --- Place ---
 
 QSize ResultsWindow::sizeHint() const {
-  return {first_width + letter_ * (sign_width + status_width + bar_width), first_height};
+  const int beside = letter_ * (sign_width + status_width + bar_width) + 2 * padding;
+  return {first_width + beside + verticalScrollBar()->sizeHint().width(), first_height};
 }
 
 void ResultsWindow::open(bool test_run) {

@@ -38,6 +38,8 @@ void Hand::look() {
     const Act act = std::move(acts_.front());
     acts_.pop_front();
     act(*window);
+  } else if (always_) {
+    always_(*window);
   } else if (++idle_ > patience / interval) {
     ADD_FAILURE() << "nobody answers the window \"" << window->windowTitle().toStdString() << '"';
     abandon_windows();

@@ -25,12 +25,15 @@ class Hand : public QObject {
   Hand& key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   Hand& type(const char* text);
   Hand& close();
+  /// Does this at every window for which nothing else is left to do.
+  void always(Act act) { always_ = std::move(act); }
   bool is_done() const { return acts_.empty(); }
 
  private:
   void look();
 
   std::deque<Act> acts_;
+  Act always_;
   QTimer timer_;
   int idle_ = 0;
 };

@@ -20,6 +20,7 @@
 #include "procedure/pipeline/run_test.h"
 #include "state/pump.h"
 #include "support/procedures.h"
+#include "support/process.h"
 
 namespace orvane::test {
 namespace {
@@ -90,6 +91,38 @@ TEST_F(DesktopRun, AProcedureIsRunWithTheKeyboardAlone) {
   EXPECT_EQ(titles[3], "Test result");
   EXPECT_FALSE(main().is_busy());
   EXPECT_FALSE(main().run_is_on());
+}
+
+// The demo laboratory's calibration against its simulated bench: Enter for every prompt, a comment and on at the point
+// that fails.
+TEST_F(DesktopRun, TheDemoCalibrationIsFinishedWithTheKeyboardAlone) {
+  for (const auto& entry : std::filesystem::directory_iterator(ORVANE_SOURCE_DIR "/demo/source"))
+    source(contents(entry.path().string()));
+  startup_config().ib_nport = 1;
+  startup_config().ib_type = 15;
+  startup_config().ib_driver = built("libgpibsim.so");
+  ::setenv("ORVANE_BENCH", ORVANE_SOURCE_DIR "/demo/bench.txt", 1);
+  run.demo_mode = false;
+  int decisions = 0;
+  hand.always([&](DeskWindow& window) {
+    if (window.windowTitle() == shown(msg(7122)) && ++decisions == 1) return press_key(window, Qt::Key_F2);
+    if (window.windowTitle() == shown(msg(7104))) type_text(window, "fails at 300 V");
+    press_key(window, Qt::Key_Return);
+  });
+  EXPECT_EQ(go("Hand-held multimeter: verification"), run_result::finished);
+  EXPECT_EQ(decisions, 2) << "the failing point, before and behind its comment";
+  EXPECT_EQ(overall_result(run).failed, 1U);
+  ASSERT_NE(tres_window(), nullptr);
+  int failed = 0, passed = 0, comments = 0;
+  for (const TestResultLine& line : tres_window()->lines()) {
+    failed += line.colour == result_colour::fail ? 1 : 0;
+    passed += line.colour == result_colour::pass || line.colour == result_colour::marginal ? 1 : 0;
+    comments += line.text.contains("fails at 300 V") ? 1 : 0;
+  }
+  EXPECT_EQ(failed, 1);
+  EXPECT_EQ(passed, 10);
+  EXPECT_EQ(comments, 1);
+  run.demo_mode = true;
 }
 
 TEST_F(DesktopRun, CancelInTheListGivesUpWithoutAWord) {

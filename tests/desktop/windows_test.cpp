@@ -317,12 +317,25 @@ TEST_F(Windows, OnlyItsButtonEndsAWait) {
   EXPECT_TRUE(dialog->isVisible());
   EXPECT_FALSE(outer->abort_pressed());
   {
-    const auto inner = screen.wait({"Loading", "Loading", false});
+    const auto inner = screen.wait({"Loading", "Please wait", false});
     EXPECT_EQ(button_of(*dialog, answer::terminate), nullptr);
   }
   outer->update("Please wait\n00:09");
   QTest::mouseClick(button_of(*dialog, answer::terminate), Qt::LeftButton);
   EXPECT_TRUE(outer->abort_pressed());
+}
+
+TEST_F(Windows, AShortDelayOpensNoWindow) {
+  const auto visible = [] {
+    for (const QWidget* one : QApplication::topLevelWidgets())
+      if (one->isVisible() && dynamic_cast<const DeskWindow*>(one) != nullptr) return true;
+    return false;
+  };
+  screen.wait({"", "Loading", false}).reset();
+  const auto longer = screen.wait({"", "Loading", false});
+  EXPECT_FALSE(visible());
+  QTest::qWait(500);
+  EXPECT_TRUE(visible());
 }
 
 TEST_F(Windows, AMessageIsReadAndClosed) {
