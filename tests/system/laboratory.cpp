@@ -27,6 +27,7 @@ LaboratoryTest::LaboratoryTest() {
   folder = ::mkdtemp(pattern.data());
   fs::create_directory(folder / "procedures");
   fs::create_directory(folder / "work");
+  fs::copy_file(ORVANE_SOURCE_DIR "/demo/instruments.txt", folder / "instruments.txt");
   std::istringstream demo(read(ORVANE_SOURCE_DIR "/demo/orvane.ini"));
   std::string text;
   for (std::string one; std::getline(demo, one);)

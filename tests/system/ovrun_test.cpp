@@ -233,6 +233,7 @@ TEST_F(Ovrun, FindsTheConfigurationByTheEnvironment) {
   std::string text = contents("orvane.ini");
   text.replace(text.find("= procedures"), 12, "= " + path("procedures"));
   text.replace(text.find("= work"), 6, "= " + path("work"));
+  text.replace(text.find("= instruments.txt"), 17, "= " + path("instruments.txt"));
   write("home/.config/orvane/orvane.ini", text);
   EXPECT_EQ(run_process(command).out, "one\ntwo \xC2\xB5\n");
   std::filesystem::remove(own);
