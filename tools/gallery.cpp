@@ -321,7 +321,12 @@ int all() {
   QApplication::processEvents();
   save(*menu, "menu");
   menu->hide();
+  // The window names files as an installed program has them.
+  std::vector<ConfigFault> faults;
+  static_cast<void>(config_load("/etc/orvane/orvane.ini", faults));
+  use_user_settings("/home/lab/.config/orvane/settings.ini");
   picture_of("about", [&] { desktop.command(command::about); });
+  use_user_settings((scratch + "/settings.ini").toStdString());
   status_board(desktop);
   const QString picture = bench_picture();
   texts(desktop.desk(), picture);

@@ -182,15 +182,22 @@ TEST_F(OperatorRuns, CtrlCEndsAProgramThatHangs) {
 }
 
 TEST_F(OperatorRuns, ProgressIsABarOnATerminal) {
-  procedure("long",
-            {source_line(1, 1, "WHILE", "M[1] < 400000"), source_line(1, 2, "MATH", "M[1] = M[1] + 1"),
-             source_line(1, 3, "ENDW"), source_line(1, 4, "END")});
-  Process process(ovrun({"-run", "long"}), Process::Streams::terminal);
+  const auto lines = [](const char* condition) {
+    return std::vector{source_line(1, 1, "WHILE", condition), source_line(1, 2, "MATH", "M[1] = M[1] + 1"),
+                       source_line(1, 3, "ENDW"), source_line(1, 4, "END")};
+  };
+  procedure("endless", lines("1"));
+  Process process(ovrun({"-run", "endless"}), Process::Streams::terminal);
   EXPECT_TRUE(process.wait_for("\r\x1b[K[")) << process.out();
-  const Ended ended = process.wait();
-  EXPECT_EQ(ended.status, 0);
-  EXPECT_NE(ended.out.find("statement "), std::string::npos);
+  EXPECT_TRUE(process.wait_for("statement ")) << process.out();
+  process.type("\x03");
+  EXPECT_TRUE(process.wait_for("Term")) << process.out();
+  process.type("Term\n");
+  EXPECT_EQ(process.wait().status, 2);
+
+  procedure("long", lines("M[1] < 100000"));
   const Ended silent = run_process(ovrun("long", ""));
+  EXPECT_EQ(silent.status, 0);
   EXPECT_EQ(silent.out.find('\x1b'), std::string::npos);
 }
 
