@@ -24,6 +24,7 @@ constexpr int short_delay = 300;  // milliseconds
 // The one object of a kind of window, made at its first use.
 template <class Dialog>
 Dialog& the(std::unique_ptr<Dialog>& dialog, MainWindow* owner) {
+  if (owner != nullptr) owner->open_if_due();
   if (dialog == nullptr) dialog = std::make_unique<Dialog>(owner);
   return *dialog;
 }

@@ -108,7 +108,11 @@ void Desktop::open(const DesktopOptions& options) {
   if (!options.no_logo) main_->show_idle_text(shown(msg(30853)));
   desk_.use(main_.get());
   show_mode();
-  if (!options.hide || !runs) main_->open();
+  if (!runs) {
+    main_->open();
+  } else if (!options.hide) {
+    main_->open_soon();
+  }
   if (has_screen()) desk_.tell_gathered();  // warnings of the start
 
   on_interrupt([] { asked_to_end = true; });

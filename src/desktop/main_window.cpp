@@ -25,6 +25,7 @@ namespace orvane {
 namespace {
 
 constexpr std::string_view section = "Run Time Main";
+constexpr int open_delay = 150;  // milliseconds
 constexpr int keep_delay = 400;  // milliseconds behind the last move
 constexpr QSize first_size(760, 460), least_size(560, 340);
 constexpr int abort_height = 48, abort_width = 170;
@@ -295,6 +296,19 @@ void MainWindow::open() {
   if (width && height) place.setSize(QSize(*width, *height).expandedTo(least_size));
   setGeometry(in_view(place));
   show();
+}
+
+void MainWindow::open_soon() {
+  opener_ = new QTimer(this);
+  opener_->setSingleShot(true);
+  connect(opener_, &QTimer::timeout, this, [this] { open(); });
+  opener_->start(open_delay);
+}
+
+void MainWindow::open_if_due() {
+  if (opener_ == nullptr || !opener_->isActive()) return;
+  opener_->stop();
+  open();
 }
 
 void MainWindow::keep_place() {

@@ -42,6 +42,10 @@ class MainWindow : public QMainWindow {
   void show_idle_text(const QString& text);
   /// Shows the window where it stood last.
   void open();
+  /// Opens after a short time, or with the first window that needs it: a run that begins by itself and ends at once
+  /// shows nothing.
+  void open_soon();
+  void open_if_due();
   void keep_place();
   QAction* action(int id) const;
 
@@ -68,6 +72,7 @@ class MainWindow : public QMainWindow {
   QPushButton* run_ = nullptr;
   QPushButton* abort_ = nullptr;
   QTimer* keeper_ = nullptr;
+  QTimer* opener_ = nullptr;  // runs while the opening is put off
   QString idle_text_;
   bool busy_ = false, run_on_ = false, refusing_ = false;
 };

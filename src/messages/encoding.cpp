@@ -1,5 +1,6 @@
 #include "messages/encoding.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -64,6 +65,14 @@ bool cp1252_from_utf8(std::string_view utf8, std::string& out) {
   out.clear();
   out.reserve(utf8.size());
   for (std::size_t i = 0; i < utf8.size();) {
+    // Most texts are ASCII: their bytes stand for themselves.
+    const std::size_t ascii_end =
+        static_cast<std::size_t>(std::find_if(utf8.begin() + static_cast<std::ptrdiff_t>(i), utf8.end(),
+                                              [](char c) { return static_cast<unsigned char>(c) >= 0x80; }) -
+                                 utf8.begin());
+    out.append(utf8, i, ascii_end - i);
+    i = ascii_end;
+    if (i == utf8.size()) break;
     const Sequence sequence = sequence_of(static_cast<unsigned char>(utf8[i]));
     if (sequence.length == 0 || i + static_cast<std::size_t>(sequence.length) > utf8.size()) return false;
     char32_t point = sequence.bits;
