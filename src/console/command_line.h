@@ -5,14 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "procedure/pipeline/own_words.h"
+#include "frontend/program_options.h"
 
 namespace orvane {
 
-struct OvrunOptions : OwnWords {
-  std::string config;
-  std::string settings;
-  std::string mode;     // "", "demo" or "real"
+struct OvrunOptions : ProgramOptions {
   std::string answers;  // a file, "-", or empty: the operator types
   std::string transcript;
   std::string progress = "auto";

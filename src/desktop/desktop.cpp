@@ -173,8 +173,8 @@ void Desktop::run(const std::string& name) {
     main_->set_run(false);
     in_run_ = false;
   });
+  if (ends_behind_run_) return quit();
   show_mode();
-  if (ends_behind_run_) quit();
 }
 
 void Desktop::abort() {

@@ -4,15 +4,11 @@
 #include <optional>
 #include <string>
 
-#include "procedure/pipeline/own_words.h"
+#include "frontend/program_options.h"
 
 namespace orvane {
 
-struct DesktopOptions : OwnWords {
-  std::string config;
-  std::string settings;
-  std::string mode;  // "", "demo" or "real"
-};
+using DesktopOptions = ProgramOptions;
 
 /// Reads the command line. A value: the program ends with it at once (0 after help or version, 64 after one line on
 /// standard error).

@@ -16,11 +16,14 @@
 #include "desktop/look.h"
 #include "desktop/texts.h"
 #include "messages/catalogue.h"
+#include "platform/platform.h"
+#include "state/beeper.h"
 
 namespace orvane {
 namespace {
 
 constexpr int margin = 20, spacing = 12, above_buttons = 10, least_width = 480;
+constexpr int bell_poll = 100;  // milliseconds between two looks at the bell
 
 // The windows that wait, the inner ones behind.
 std::vector<DeskWindow*>& waiting_windows() {
@@ -103,20 +106,21 @@ void DeskWindow::present() {
   beep();
 }
 
-// The key "beep": a signal every so many seconds while the window waits, so many times; without a count until it is
-// answered.
+// Sounds the bell by the key "beep" for as long as the window waits.
 void DeskWindow::beep() {
   const BeepKey& key = startup_config().beep;
   if (key.seconds <= 0) return;
+  bell_ = std::make_unique<Beeper>(key.seconds, key.count, platform().clock->ticks());
   if (beeper_ == nullptr) {
     beeper_ = new QTimer(this);
-    connect(beeper_, &QTimer::timeout, this, [this] {
-      QApplication::beep();
-      if (beeps_left_ > 0 && --beeps_left_ == 0) beeper_->stop();
-    });
+    connect(beeper_, &QTimer::timeout, this, [this] { ring(); });
   }
-  beeps_left_ = key.count;
-  beeper_->start(key.seconds * 1000);
+  beeper_->start(bell_poll);
+  ring();
+}
+
+void DeskWindow::ring() {
+  if (bell_->due(platform().clock->ticks())) QApplication::beep();
 }
 
 void DeskWindow::place() {

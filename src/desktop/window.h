@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QWidget>
+#include <memory>
 #include <vector>
 
 #include "platform/operator.h"
@@ -17,6 +18,7 @@ class QVBoxLayout;
 
 namespace orvane {
 
+class Beeper;
 class DeskButton;
 
 class DeskWindow : public QWidget {
@@ -68,6 +70,7 @@ class DeskWindow : public QWidget {
   friend class DeskButton;
   void place();
   void beep();
+  void ring();
   DeskButton* spare_button();
   void fill_row(QHBoxLayout* row, const std::vector<Button>& buttons);
 
@@ -78,7 +81,7 @@ class DeskWindow : public QWidget {
   std::vector<DeskButton*> buttons_;  // those in use
   std::size_t in_use_ = 0;
   QTimer* beeper_ = nullptr;
-  int beeps_left_ = 0;
+  std::unique_ptr<Beeper> bell_;  // while the window waits
   QEventLoop* loop_ = nullptr;
   int answer_ = answer::failed;
   int leave_code_ = answer::terminate;

@@ -13,10 +13,7 @@ namespace {
 
 class StartupChecks : public test::EngineTest {
  protected:
-  StartupChecks() {
-    for (const char* name : {"acc", "help", "pics", "procs", "work"})
-      std::filesystem::create_directory(folder / name);
-  }
+  StartupChecks() { test::make_configured_folders(folder); }
   ~StartupChecks() override { startup_config() = StartupConfig(); }
 
   std::vector<ConfigFault> faults;

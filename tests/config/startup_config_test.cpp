@@ -13,10 +13,7 @@ namespace {
 
 class Configuration : public test::EngineTest {
  protected:
-  Configuration() {
-    for (const char* name : {"acc", "help", "pics", "procs", "work"})
-      std::filesystem::create_directory(folder / name);
-  }
+  Configuration() { test::make_configured_folders(folder); }
   ~Configuration() override { startup_config() = StartupConfig(); }
 
   std::vector<ConfigFault> faults;

@@ -14,8 +14,7 @@ namespace {
 class BenchLoad : public test::EngineTest {
  protected:
   BenchLoad() {
-    for (const char* name : {"acc", "help", "pics", "procs", "work"})
-      std::filesystem::create_directory(folder / name);
+    test::make_configured_folders(folder);
     std::vector<ConfigFault> faults;
     EXPECT_TRUE(config_load(write("orvane.ini", test::sound_configuration()), faults));
     startup_config().config = bench;

@@ -26,6 +26,16 @@ class WaitDouble : public WaitWindow {
   bool pressed_;
 };
 
+template <class Window>
+Shown as_shown(const char* kind, const Window& window) {
+  Shown one;
+  one.kind = kind;
+  one.title = window.title;
+  one.buttons = window.buttons;
+  if constexpr (requires { window.lines; }) one.lines = window.lines;
+  return one;
+}
+
 const char* name_of(MessageKind kind) {
   switch (kind) {
     case MessageKind::error: return "error";
@@ -84,40 +94,20 @@ void Desk::message(MessageKind kind, int number, std::string_view text) {
 }
 
 int Desk::lines(const LinesWindow& window) {
-  shown.push_back({.kind = "lines",
-                   .number = 0,
-                   .title = window.title,
-                   .lines = window.lines,
-                   .buttons = window.buttons,
-                   .test = {},
-                   .form = {},
-                   .picture = window.picture});
+  shown.push_back(as_shown("lines", window));
+  shown.back().picture = window.picture;
   return next(window.buttons, answer::ok).code;
 }
 
 int Desk::ask(const AskWindow& window, std::string& text) {
-  shown.push_back({.kind = "ask",
-                   .number = 0,
-                   .title = window.title,
-                   .lines = window.lines,
-                   .buttons = window.buttons,
-                   .test = {},
-                   .form = {},
-                   .picture = {}});
+  shown.push_back(as_shown("ask", window));
   const Reply reply = next(window.buttons, answer::ok);
   text = reply.text.substr(0, window.length);
   return reply.code;
 }
 
 int Desk::choose(const ChoiceWindow& window, std::size_t& row) {
-  Shown one{.kind = "choose",
-            .number = 0,
-            .title = window.title,
-            .lines = {},
-            .buttons = window.buttons,
-            .test = {},
-            .form = {},
-            .picture = {}};
+  Shown one = as_shown("choose", window);
   for (std::size_t i = 0; i < window.rows->count(); ++i) one.lines.push_back(window.rows->row(i));
   one.choice = window;
   one.choice.rows = nullptr;
@@ -130,14 +120,8 @@ int Desk::choose(const ChoiceWindow& window, std::size_t& row) {
 // A first button with a field at fault takes the next reply, as the operator would be asked again.
 int Desk::form(FormWindow& window) {
   for (;;) {
-    Shown one{.kind = "form",
-              .number = 0,
-              .title = window.title,
-              .lines = window.lines,
-              .buttons = window.buttons,
-              .test = {},
-              .form = window,
-              .picture = {}};
+    Shown one = as_shown("form", window);
+    one.form = window;
     shown.push_back(std::move(one));
     const Reply reply = next(window.buttons, answer::ok);
     for (const auto& [name, text] : reply.fields) {

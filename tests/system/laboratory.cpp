@@ -50,6 +50,15 @@ void LaboratoryTest::demo() {
   ASSERT_EQ(compiled.status, 0) << compiled.err;
 }
 
+void LaboratoryTest::configure(const std::string& key, const std::string& value) const {
+  std::istringstream old(contents("orvane.ini"));
+  std::string text;
+  for (std::string one; std::getline(old, one);) {
+    if (!one.starts_with(key + " =")) text += one + "\n";
+  }
+  write("orvane.ini", text + key + " = " + value + "\n");
+}
+
 void LaboratoryTest::procedure(const std::string& name, const std::vector<std::string>& statements) {
   std::string text = header(name);
   for (const std::string& statement : statements) text += statement + "\n";

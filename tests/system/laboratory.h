@@ -34,6 +34,8 @@ class LaboratoryTest : public ::testing::Test {
 
   std::string path(const std::string& name) const { return (folder / name).string(); }
   void write(const std::string& name, std::string_view text) const;
+  /// Replaces the line of a key in the laboratory's configuration, or adds one.
+  void configure(const std::string& key, const std::string& value) const;
   std::string contents(const std::string& name) const;  // "" if there is no such file
 
   /// The transcript's lines; with a name only the events that have it.

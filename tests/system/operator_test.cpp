@@ -11,16 +11,6 @@ namespace {
 
 class OperatorRuns : public LaboratoryTest {
  protected:
-  // Replaces the line of a key in the laboratory's configuration, or adds one.
-  void configure(const std::string& key, const std::string& value) const {
-    std::istringstream old(contents("orvane.ini"));
-    std::string text, one;
-    while (std::getline(old, one)) {
-      if (!one.starts_with(key + " =")) text += one + "\n";
-    }
-    write("orvane.ini", text + key + " = " + value + "\n");
-  }
-
   void script(const std::string& name, const std::string& body) const {
     write(name, "#!/bin/sh\n" + body);
     ::chmod(path(name).c_str(), 0755);

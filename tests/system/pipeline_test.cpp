@@ -11,14 +11,6 @@ namespace {
 
 class RunEnds : public LaboratoryTest {
  protected:
-  void configure(const std::string& key, const std::string& value) const {
-    std::istringstream old(contents("orvane.ini"));
-    std::string text, one;
-    while (std::getline(old, one)) {
-      if (!one.starts_with(key + " =")) text += one + "\n";
-    }
-    write("orvane.ini", text + key + " = " + value + "\n");
-  }
   bool marked(const char* marker) const {
     return contents("settings.ini").find(std::string("procedure = ") + marker) != std::string::npos;
   }

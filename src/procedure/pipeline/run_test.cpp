@@ -22,8 +22,6 @@
 namespace orvane {
 namespace {
 
-constexpr std::uint8_t runnable_kinds = ProcDirEntry::kind_e | ProcDirEntry::kind_h;
-
 bool find_entry(const std::string& directory_path, ProcDirEntry& entry) {
   const int handle = pd_open(directory_path, pd_mode_read);
   if (handle == 0) return false;

@@ -21,7 +21,6 @@
 namespace orvane {
 namespace {
 
-constexpr std::uint8_t runnable_kinds = ProcDirEntry::kind_e | ProcDirEntry::kind_h;
 constexpr std::size_t workload_file_limit = 4U << 20, workload_rows_limit = 10000;
 
 // The procedure that was chosen last in this program; the next choice begins there.

@@ -5,9 +5,13 @@
 #include <string_view>
 #include <vector>
 
+#include "procedure/file/procedure.h"
 #include "state/run_state.h"
 
 namespace orvane {
+
+/// The kinds of directory entries that can be run.
+constexpr std::uint8_t runnable_kinds = ProcDirEntry::kind_e | ProcDirEntry::kind_h;
 
 /// The user's setting "method".
 enum class RunMethod { by_proc, by_asset, by_work };
