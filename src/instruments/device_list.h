@@ -12,20 +12,9 @@
 #include <vector>
 
 #include "state/bus_state.h"
+#include "state/run_state.h"
 
 namespace orvane {
-
-enum class DeviceInterface : std::uint16_t { none = 0, ieee488 = 1, serial = 2, visa = 3 };
-
-/// Where a device is reached.
-struct DevAddress {
-  static constexpr std::uint16_t last_plain_port = 16;     // COM1 to COM16
-  static constexpr std::uint16_t first_pass_through = 17;  // COMMFC1, COMMFC2, COMOSC1, COMOSC2
-  static constexpr std::uint16_t lemo_port = 21;           // LEMOPRC1
-  DeviceInterface interface = DeviceInterface::none;
-  BusAddress bus;
-  std::uint16_t port = 0;
-};
 
 /// "IEEE-488 22", "IEEE-488 122:1" (board 1, secondary 1), "RS232 COM3".
 std::string address_text(const DevAddress& address);
@@ -82,6 +71,23 @@ struct DeviceList {
 void set_device_list(std::optional<DeviceList> list);
 bool device_list_stands();
 const DeviceList& device_list();  // empty while none stands
+
+/// Where the instrument of a code is, through the substitution table. It is marked as used and is from now on the
+/// standard that was addressed last. False after a report, whose argument is the display name: 2905 withdrawn, 2908
+/// not configured, 2913 no such code, 2912 its address is none.
+[[nodiscard]] bool dev_locate(RunState& run, std::uint16_t code, DevAddress& address);
+
+/// The code of the row at this address that is not withdrawn; 0 if there is none.
+std::uint16_t dev_code_at(const DevAddress& address);
+
+/// The primary addresses in use on a board, of instruments and generic instruments, up to `limit` (2901 beyond).
+/// `but` is a code that is left out.
+[[nodiscard]] bool dev_addresses_on_board(int board, std::size_t limit, std::uint16_t but,
+                                          std::vector<BusAddress>& list);
+constexpr std::uint16_t never_polled_code = 14;  // the model that must never be serial polled
+
+/// The configured rows that are not withdrawn, one at a call: `at` is 0 before the first. Null behind the last.
+const InstrumentRecord* dev_next_configured(std::size_t& at);
 
 /// The row of a code, through the substitution table, unless it is withdrawn; null if there is none.
 const InstrumentRecord* dev_find(std::uint16_t code);

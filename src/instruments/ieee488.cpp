@@ -143,7 +143,7 @@ bool ib_timeout(RunState& run, int board, std::uint32_t milliseconds) {
 }
 
 bool ib_trd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit, int terminator,
-            bool& ended) {
+            bool& ended, BusCheck) {
   data.clear();
   ended = true;
   if (!ib_is_live(run)) return true;
@@ -192,7 +192,7 @@ bool ib_clr(RunState& run, const BusAddress& address) {
   return check(run, *driver);
 }
 
-bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status) {
+bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status, BusCheck) {
   status = 0;
   if (!ib_is_live(run)) return true;
   if (address.board > 1) return run_error(run, 1936, address.board);

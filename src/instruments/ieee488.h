@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "state/bus_state.h"
 #include "state/run_state.h"
@@ -31,16 +32,53 @@ std::uint16_t ib_driver_address(const BusAddress& address);
 int ib_timeout_code(std::uint32_t milliseconds);
 [[nodiscard]] bool ib_timeout(RunState& run, int board, std::uint32_t milliseconds);
 
+/// Calls look for service requests first (see srq.h) and do nothing in a run that stops, unless a driver that is
+/// itself inside a guarded loop says otherwise.
+enum class BusCheck { poll, none };
+
 /// Reads up to `limit` bytes. `terminator` 64 reads to END, any other value to that character. `ended`: END was seen,
 /// or the last byte is the terminator. False after a report.
 [[nodiscard]] bool ib_trd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit,
-                          int terminator, bool& ended);
+                          int terminator, bool& ended, BusCheck check = BusCheck::poll);
+/// Reads to END. False after a report.
+[[nodiscard]] bool ib_rd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit,
+                         BusCheck check = BusCheck::poll);
+/// Writes, with END on the last byte. False after a report.
+[[nodiscard]] bool ib_wrt(RunState& run, const BusAddress& address, std::string_view data,
+                          BusCheck check = BusCheck::poll);
 /// Writes, with END on the last byte unless `end` is false. False after a report.
 [[nodiscard]] bool ib_wrt_eoi(RunState& run, const BusAddress& address, std::string_view data, bool end);
+/// One byte at a time with `gap` milliseconds between them. False after a report.
+[[nodiscard]] bool ib_wrt_slow_eoi(RunState& run, const BusAddress& address, std::string_view data,
+                                   std::uint32_t gap, bool end);
 /// Device clear.
 [[nodiscard]] bool ib_clr(RunState& run, const BusAddress& address);
 /// Serial poll; 1936 for a board other than 0 and 1.
-[[nodiscard]] bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status);
+[[nodiscard]] bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status,
+                            BusCheck check = BusCheck::poll);
+
+// Bus lines. False after a report.
+[[nodiscard]] bool ib_ren(RunState& run, const BusAddress& address);   // remote enable
+[[nodiscard]] bool ib_gtl(RunState& run, const BusAddress& address);   // go to local
+[[nodiscard]] bool ib_llo(RunState& run, const BusAddress& address);   // local lockout
+[[nodiscard]] bool ib_trig(RunState& run, const BusAddress& address);  // group execute trigger
+/// Interface clear and remote enable of a board; 2863 for a board that is not there.
+[[nodiscard]] bool ib_ifc(RunState& run, int board);
+
+enum class FoundDevice { failed, found, nobody, stop_scan };
+/// Does a device listen at this address?
+FoundDevice ib_find(RunState& run, const BusAddress& address);
+/// All devices of a board, in a please-wait window; at most 32. False after a report, or when the operator stops.
+[[nodiscard]] bool ib_find_all(RunState& run, int board, std::vector<BusAddress>& list);
+enum class UutSearch { failed, found, nobody, stopped };
+/// The first device on board 1.
+UutSearch ib_find_uut(RunState& run, BusAddress& address);
+/// Scans board 0, once until the instrument configuration is loaded again, and warns of listeners that it does not
+/// name (2817, 2818, 2819). False after a report.
+[[nodiscard]] bool ib_bus_check(RunState& run);
+void ib_forget_listeners();
+/// The listeners that the latest scan of board 0 has found.
+std::span<const BusAddress> ib_listeners();
 
 /// Brings every device on every board to its start state: the boards are initialised as at the start of a run, and all
 /// devices get a device clear at once. False after a report.

@@ -13,6 +13,7 @@
 
 #include "state/bus_state.h"
 #include "state/fsc_record.h"
+#include "state/instrument_state.h"
 #include "state/math_store.h"
 #include "state/pipeline_state.h"
 #include "state/serial_state.h"
@@ -167,7 +168,12 @@ struct RunState {
   std::vector<std::pair<std::string, std::string>> uut_settings;  // of SET
   ResultLog log;
   IeeeState ieee;
+  PortState port;
   SerialState serial;
+  std::vector<ResetNode> reset_list;  // in the order of their first use
+  ConnectionTable connections;
+  ModifierBlocks modifiers;
+  SampleLoop samples;
   std::vector<TestOutcome> outcomes;
   PipelineState pipeline;
   std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order

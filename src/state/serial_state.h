@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "platform/serial_port.h"
 
@@ -26,9 +27,21 @@ struct SerialPortState {
   SerialSettings settings;           // as sent last
 };
 
+/// A port on the back of a calibrator. Bytes that have come from it wait here until they are read.
+struct PassThroughState {
+  static constexpr std::size_t buffer_limit = 1024;
+  bool open = false;
+  bool clear_after_read = false;
+  std::uint16_t input_terminator = terminator::control;
+  std::uint16_t output_terminator = terminator::control;
+  std::uint32_t timeout = SerialPortState::start_timeout;
+  std::string received;
+};
+
 struct SerialState {
-  static constexpr int port_limit = 16;
-  std::array<SerialPortState, port_limit> ports;  // COM1 first
+  static constexpr int port_limit = 16, pass_through_limit = 4;
+  std::array<SerialPortState, port_limit> ports;                      // COM1 first
+  std::array<PassThroughState, pass_through_limit> calibrator_ports;  // COMMFC1 first
 };
 
 }  // namespace orvane
