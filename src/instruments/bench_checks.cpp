@@ -83,41 +83,37 @@ int misplaced(std::uint16_t code, const DevAddress& address) {
 
 class Checks {
  public:
-  Checks(const DeviceList& list, const std::vector<int>& lines, const std::string& file,
-         std::vector<BenchFault>& faults)
-      : list_(list), lines_(lines), file_(file), faults_(faults) {}
+  Checks(const DeviceList& list, const std::string& file, std::vector<BenchFault>& faults)
+      : list_(list), file_(file), faults_(faults) {}
 
   void places() {
-    for (std::size_t i = 0; i < list_.instruments.size(); ++i) {
-      const InstrumentRecord& row = list_.instruments[i];
+    for (const InstrumentRecord& row : list_.instruments) {
       if (const int number = misplaced(row.code, row.address); number != 0)
         faults_.push_back(
-            {number, msg(number, file_, lines_[i], name_of(row.code), address_text(row.address))});
+            {number, msg(number, file_, row.line, instrument_text(row.code), address_text(row.address))});
     }
   }
 
   void ports() {
     for (const HostRow& row : host_rows) {
       if (!in_use(row.port) || find(row.host) != nullptr) continue;
-      faults_.push_back({row.missing, msg(row.missing, file_, port_name(row.port), name_of(row.host))});
+      faults_.push_back(
+          {row.missing, msg(row.missing, file_, port_name(row.port), instrument_text(row.host))});
     }
     for (const InstrumentRecord& row : list_.instruments) {
       if (host_of(row) == row.code)
-        faults_.push_back({3579, msg(3579, file_, name_of(row.code), port_name(row.address.port))});
+        faults_.push_back({3579, msg(3579, file_, instrument_text(row.code), port_name(row.address.port))});
     }
     chains();
   }
 
   void pairs() {
     if (find(generator_old) != nullptr && find(generator_new) != nullptr)
-      faults_.push_back({2936, msg(2936, file_, name_of(generator_old), name_of(generator_new))});
+      faults_.push_back(
+          {2936, msg(2936, file_, instrument_text(generator_old), instrument_text(generator_new))});
   }
 
  private:
-  static std::string name_of(std::uint16_t code) {
-    const std::string_view name = instrument_name(code);
-    return name.empty() ? "#" + std::to_string(code) : std::string(name);
-  }
   const InstrumentRecord* find(std::uint16_t code) const {
     for (const InstrumentRecord& row : list_.instruments) {
       if (row.code == code) return &row;
@@ -148,23 +144,22 @@ class Checks {
       for (const InstrumentRecord* row = find(code); row != nullptr; row = find(code)) {
         const std::uint16_t next = host_of(*row);
         if (next == 0 || next == code) break;
-        if (!visited.insert(code).second) return faults_.push_back({2497, msg(2497, file_, name_of(code))});
+        if (!visited.insert(code).second)
+          return faults_.push_back({2497, msg(2497, file_, instrument_text(code))});
         code = next;
       }
     }
   }
 
   const DeviceList& list_;
-  const std::vector<int>& lines_;
   const std::string& file_;
   std::vector<BenchFault>& faults_;
 };
 
 }  // namespace
 
-void check_bench(const DeviceList& list, const std::vector<int>& lines, const std::string& file,
-                 std::vector<BenchFault>& faults) {
-  Checks checks(list, lines, file, faults);
+void check_bench(const DeviceList& list, const std::string& file, std::vector<BenchFault>& faults) {
+  Checks checks(list, file, faults);
   checks.places();
   checks.ports();
   checks.pairs();

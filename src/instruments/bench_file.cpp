@@ -51,7 +51,6 @@ class Reader {
       instrument(address, entry);
     }
   }
-  const std::vector<int>& lines() const { return lines_; }
 
  private:
   void fault(int number, std::string text) { faults_.push_back({number, std::move(text)}); }
@@ -76,7 +75,7 @@ class Reader {
       if (begin == std::string_view::npos) return refuse(30422, msg(30422, file_, number_));
       entry.asset = trim(text.substr(begin + 1, text.size() - begin - 2));
       if (entry.asset.size() > device_limit::asset)
-        return refuse(2485, msg(2485, file_, number_, entry.asset, device_limit::asset));
+        return refuse(30437, msg(30437, file_, number_, entry.asset, device_limit::asset));
       text = trim(text.substr(0, begin));
     }
     if (text.starts_with('"')) return quoted_name(text, entry);
@@ -132,7 +131,7 @@ class Reader {
         return static_cast<std::uint16_t>(*number);
     }
     if (const std::uint16_t code = instrument_code(name); code != 0) return code;
-    fault(2913, msg(2913, file_, number_, name));
+    fault(30436, msg(30436, file_, number_, name));
     return 0;
   }
 
@@ -165,14 +164,14 @@ class Reader {
     if (list_.instruments.size() == device_limit::rows)
       return fault(2911, msg(2911, file_, number_, device_limit::rows));
     host_ = true;
-    lines_.push_back(number_);
     list_.instruments.push_back({.address = address,
                                  .code = code,
                                  .options = entry.options,
                                  .flags = 0,
                                  .asset = entry.asset,
                                  .slots = {},
-                                 .aliases = entry.aliases});
+                                 .aliases = entry.aliases,
+                                 .line = number_});
   }
 
   void slot(std::string_view place, const Entry& entry) {
@@ -194,7 +193,8 @@ class Reader {
                      .code = code,
                      .options = entry.options,
                      .flags = 0,
-                     .asset = entry.asset});
+                     .asset = entry.asset,
+                     .line = number_});
   }
 
   bool name_fits(const Entry& entry) {
@@ -209,20 +209,21 @@ class Reader {
                              .address = address,
                              .flags = 0,
                              .aliases = entry.aliases,
-                             .asset = entry.asset});
+                             .asset = entry.asset,
+                             .line = number_});
   }
 
   void manual(const Entry& entry) {
     host_ = false;
     if (!entry.aliases[0].empty()) return fault(30431, msg(30431, file_, number_));
     if (!name_fits(entry) || !asset_is_new(entry)) return;
-    list_.manual.push_back({.name = std::string(entry.name), .flags = 0, .asset = entry.asset});
+    list_.manual.push_back(
+        {.name = std::string(entry.name), .flags = 0, .asset = entry.asset, .line = number_});
   }
 
   const std::string file_;
   DeviceList& list_;
   std::vector<BenchFault>& faults_;
-  std::vector<int> lines_;  // of the rows of the table
   std::vector<std::string> aliases_, assets_;
   int number_ = 0;
   bool host_ = false;  // the line above was an instrument or one of its slots
@@ -258,9 +259,7 @@ bool bench_file_read(const std::string& path, DeviceList& list, std::vector<Benc
       case LineReader::Result::too_long:
         faults.push_back({30435, msg(30435, file, lines.number(), device_limit::line)});
         break;
-      case LineReader::Result::end:
-        check_bench(list, reader.lines(), file, faults);
-        return faults.size() == before;
+      case LineReader::Result::end: check_bench(list, file, faults); return faults.size() == before;
     }
   }
 }

@@ -40,8 +40,6 @@ struct BenchFault {
 bool is_alias(std::string_view text);
 
 /// The rules over the whole bench: which model may stand at which kind of place, and what a pass-through port needs.
-/// `lines` has the line of each row of the table, for the faults.
-void check_bench(const DeviceList& list, const std::vector<int>& lines, const std::string& file,
-                 std::vector<BenchFault>& faults);
+void check_bench(const DeviceList& list, const std::string& file, std::vector<BenchFault>& faults);
 
 }  // namespace orvane

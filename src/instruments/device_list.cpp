@@ -79,13 +79,38 @@ std::optional<DevAddress> alias_in(std::vector<Row>& rows, std::string_view alia
   return std::nullopt;
 }
 
+// Where an instrument that is configured and not withdrawn stands in the list, through the substitution table.
+InstrumentRecord* substituted(std::uint16_t code) {
+  if (code == 0 || code > highest_instrument_code) return nullptr;
+  const std::uint16_t substitute = installed().substitutes[code];
+  return row_of(substitute != 0 ? substitute : code);
+}
+
+bool withdrawn(std::uint16_t flags) { return (flags & device_flag::withdrawn) != 0; }
+
+bool same_place(const DevAddress& a, const DevAddress& b) {
+  if (a.interface != b.interface) return false;
+  if (a.interface == DeviceInterface::serial) return a.port == b.port;
+  return a.bus.board == b.bus.board && a.bus.primary == b.bus.primary;
+}
+
+InstrumentSlot* slot_of(std::uint16_t code, std::uint16_t slot_code, std::uint16_t number) {
+  InstrumentRecord* row = substituted(code);
+  if (row == nullptr) return nullptr;
+  const auto found = std::find_if(row->slots.begin(), row->slots.end(), [&](const InstrumentSlot& one) {
+    return one.code == slot_code && one.number == number;
+  });
+  return found != row->slots.end() ? &*found : nullptr;
+}
+
 template <class Change>
 void change_flags(std::uint16_t code, Change change) {
   if (!installed().list) return;
   for (InstrumentRecord& row : installed().list->instruments) {
     if (code != 0 && row.code != code) continue;
     change(row.flags);
-    for (InstrumentSlot& slot : row.slots) change(slot.flags);
+    if (code == 0)
+      for (InstrumentSlot& slot : row.slots) change(slot.flags);
   }
   if (code != 0) return;
   for (GenericInstrument& row : installed().list->generic) change(row.flags);
@@ -134,11 +159,56 @@ const DeviceList& device_list() {
   return installed().list ? *installed().list : none;
 }
 
+DeviceList* device_list_to_change() { return installed().list ? &*installed().list : nullptr; }
+
 const InstrumentRecord* dev_find(std::uint16_t code) {
-  if (code == 0 || code > highest_instrument_code) return nullptr;
-  const std::uint16_t substitute = installed().substitutes[code];
-  const InstrumentRecord* row = row_of(substitute != 0 ? substitute : code);
-  return row != nullptr && (row->flags & device_flag::withdrawn) == 0 ? row : nullptr;
+  const InstrumentRecord* row = substituted(code);
+  return row != nullptr && !withdrawn(row->flags) ? row : nullptr;
+}
+
+bool dev_locate(RunState& run, std::uint16_t code, DevAddress& address) {
+  if (code == 0 || code > highest_instrument_code) return run_error(run, 2913, instrument_text(code));
+  InstrumentRecord* row = substituted(code);
+  if (row == nullptr) return run_error(run, 2908, instrument_text(code));
+  if (withdrawn(row->flags)) return run_error(run, 2905, instrument_text(row->code));
+  row->flags |= device_flag::used;
+  address = row->address;
+  if (address.interface != DeviceInterface::ieee488) return true;
+  if (!address.bus.is_set()) return run_error(run, 2912, instrument_text(row->code));
+  run.ieee.last_standard = address;
+  return true;
+}
+
+std::uint16_t dev_code_at(const DevAddress& address) {
+  for (const InstrumentRecord& row : device_list().instruments) {
+    if (!withdrawn(row.flags) && same_place(row.address, address)) return row.code;
+  }
+  return 0;
+}
+
+bool dev_addresses_on_board(int board, std::size_t limit, std::uint16_t but, std::vector<BusAddress>& list) {
+  list.clear();
+  const auto add = [&](const DevAddress& address) {
+    if (address.interface != DeviceInterface::ieee488 || address.bus.board != board) return true;
+    if (list.size() == limit) return errp(2901, limit);
+    list.push_back(address.bus);
+    return true;
+  };
+  for (const InstrumentRecord& row : device_list().instruments) {
+    if (row.code != but && !withdrawn(row.flags) && !add(row.address)) return false;
+  }
+  const std::vector<GenericInstrument>& generic = device_list().generic;
+  return std::all_of(generic.begin(), generic.end(),
+                     [&](const GenericInstrument& row) { return add(row.address); });
+}
+
+const InstrumentRecord* dev_next_configured(std::size_t& at) {
+  const std::vector<InstrumentRecord>& rows = device_list().instruments;
+  while (at < rows.size()) {
+    const InstrumentRecord& row = rows[at++];
+    if (!withdrawn(row.flags)) return &row;
+  }
+  return nullptr;
 }
 
 bool dev_is_configured(std::uint16_t code, std::uint16_t option_mask) {
@@ -182,6 +252,45 @@ void dev_set_flags(std::uint16_t code, std::uint16_t flags) {
 
 void dev_clear_flags(std::uint16_t code, std::uint16_t flags) {
   change_flags(code, [flags](std::uint16_t& word) { word = static_cast<std::uint16_t>(word & ~flags); });
+}
+
+void dev_withdraw(std::uint16_t code) {
+  InstrumentRecord* row = row_of(code);
+  if (row == nullptr) return;
+  row->flags |= device_flag::withdrawn;
+  for (InstrumentSlot& slot : row->slots) slot.flags |= device_flag::withdrawn;
+}
+
+void dev_require_slots(std::uint16_t code, std::uint16_t slot_code, std::uint16_t option_mask) {
+  InstrumentRecord* row = row_of(code);
+  if (row == nullptr) return;
+  for (InstrumentSlot& slot : row->slots) {
+    if (slot.code == slot_code && has_all(slot.options, option_mask)) slot.flags |= device_flag::required;
+  }
+}
+
+void dev_withdraw_slot(std::uint16_t code, std::uint16_t slot_code, std::uint16_t number) {
+  if (InstrumentSlot* slot = slot_of(code, slot_code, number)) slot->flags |= device_flag::withdrawn;
+}
+
+bool dev_use_slot(RunState& run, std::uint16_t code, std::uint16_t slot_code, std::uint16_t number) {
+  InstrumentSlot* slot = slot_of(code, slot_code, number);
+  if (slot == nullptr || (slot->flags & device_flag::required) == 0) {
+    if (number == 0) return run_error(run, 386, instrument_text(slot_code), instrument_text(code));
+    return run_error(run, 385, instrument_text(slot_code), number, instrument_text(code));
+  }
+  slot->flags |= device_flag::used;
+  return true;
+}
+
+std::vector<std::pair<std::uint16_t, std::uint16_t>> dev_slots(std::uint16_t code) {
+  std::vector<std::pair<std::uint16_t, std::uint16_t>> found;
+  const InstrumentRecord* row = dev_find(code);
+  if (row == nullptr) return found;
+  for (const InstrumentSlot& slot : row->slots) {
+    if (!withdrawn(slot.flags)) found.emplace_back(slot.code, slot.number);
+  }
+  return found;
 }
 
 DevLockResult dev_lock(DevLock operation) {

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "state/bus_state.h"
@@ -37,6 +38,7 @@ struct InstrumentSlot {
   std::uint16_t options = 0;
   std::uint16_t flags = 0;  // device_flag
   std::string asset;
+  int line = 0;  // in the file
 };
 struct InstrumentRecord {
   DevAddress address;
@@ -46,6 +48,7 @@ struct InstrumentRecord {
   std::string asset;
   std::vector<InstrumentSlot> slots;
   std::array<std::string, 2> aliases;
+  int line = 0;  // in the file
 };
 /// An instrument on a bus that no driver knows.
 struct GenericInstrument {
@@ -54,12 +57,14 @@ struct GenericInstrument {
   std::uint16_t flags = 0;
   std::array<std::string, 2> aliases;
   std::string asset;
+  int line = 0;  // in the file
 };
 /// One without an address.
 struct ManualInstrument {
   std::string name;
   std::uint16_t flags = 0;
   std::string asset;
+  int line = 0;  // in the file
 };
 struct DeviceList {
   std::vector<InstrumentRecord> instruments;  // a code stands once
@@ -70,7 +75,8 @@ struct DeviceList {
 /// Puts a list in force; nothing: no list stands.
 void set_device_list(std::optional<DeviceList> list);
 bool device_list_stands();
-const DeviceList& device_list();  // empty while none stands
+const DeviceList& device_list();      // empty while none stands
+DeviceList* device_list_to_change();  // null while none stands
 
 /// Where the instrument of a code is, through the substitution table. It is marked as used and is from now on the
 /// standard that was addressed last. False after a report, whose argument is the display name: 2905 withdrawn, 2908
@@ -103,9 +109,23 @@ std::span<const std::uint16_t> dev_substitutes(std::uint16_t code);
 /// From now on dev_find(code) finds `substitute`. (0, 0) clears the table.
 void dev_substitute(std::uint16_t code, std::uint16_t substitute);
 
-/// Sets or clears flags of a code's row and its slots; code 0 stands for the whole list.
+/// Sets or clears flags of a code's row; code 0 stands for the whole list, slots included.
 void dev_set_flags(std::uint16_t code, std::uint16_t flags);
 void dev_clear_flags(std::uint16_t code, std::uint16_t flags);
+
+/// Takes an instrument and all that is fitted to it out of use, for this run.
+void dev_withdraw(std::uint16_t code);
+
+/// The run requires the plug-ins and accessories of this code that have all options of the mask.
+void dev_require_slots(std::uint16_t code, std::uint16_t slot_code, std::uint16_t option_mask);
+
+// One plug-in or accessory of a model; slot number 0 stands for an accessory without a slot.
+void dev_withdraw_slot(std::uint16_t code, std::uint16_t slot_code, std::uint16_t number);
+/// Marks it as used. A run may only use what it required: 385 with the slot's number, 386 without.
+[[nodiscard]] bool dev_use_slot(RunState& run, std::uint16_t code, std::uint16_t slot_code,
+                                std::uint16_t number);
+/// Codes and numbers of those that are not withdrawn.
+std::vector<std::pair<std::uint16_t, std::uint16_t>> dev_slots(std::uint16_t code);
 
 /// The lock on the instrument configuration between this program and the editor: the key "lock" of the section
 /// "startup" of the startup configuration, with the words "RunTime", "Editor" and "None".

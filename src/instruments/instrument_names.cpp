@@ -35,6 +35,11 @@ std::string_view instrument_name(std::uint16_t code) {
   return {};
 }
 
+std::string instrument_text(std::uint16_t code) {
+  const std::string_view name = instrument_name(code);
+  return name.empty() ? "#" + std::to_string(code) : std::string(name);
+}
+
 std::uint16_t instrument_code(std::string_view name) {
   for (const NameRow& row : rows) {
     if (std::equal(row.name.begin(), row.name.end(), name.begin(), name.end(),

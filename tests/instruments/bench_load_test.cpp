@@ -1,34 +1,12 @@
 #include "instruments/bench_load.h"
 
-#include <filesystem>
-
-#include "config/profile.h"
-#include "config/startup_config.h"
 #include "instruments/device_list.h"
-#include "support/configuration.h"
-#include "support/desk.h"
+#include "support/bench_file.h"
 
 namespace orvane {
 namespace {
 
-class BenchLoad : public test::EngineTest {
- protected:
-  BenchLoad() {
-    test::make_configured_folders(folder);
-    std::vector<ConfigFault> faults;
-    EXPECT_TRUE(config_load(write("orvane.ini", test::sound_configuration()), faults));
-    startup_config().config = bench;
-    dev_note_written();
-    clock.seconds = std::time(nullptr) + 10;
-  }
-  ~BenchLoad() override {
-    startup_config() = StartupConfig();
-    EXPECT_TRUE(dev_reload_if_changed());
-  }
-  std::string lock() const { return profile_get(config_path(), "startup", "lock").value_or(""); }
-
-  const std::string bench = (folder / "bench.txt").string();
-};
+using BenchLoad = test::BenchFileTest;
 
 TEST_F(BenchLoad, ReadsWhatHasChangedUnderTheLock) {
   write("bench.txt", "22 : HP 3458A\n");

@@ -189,6 +189,7 @@ constexpr const char* math_codes = "src/values/math/codes.cpp";
 constexpr const char* bus = "src/instruments/bus_statements.cpp";
 constexpr const char* addresses = "src/instruments/bus_address.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
+constexpr const char* assets = "src/instruments/device_assets.cpp";
 const Table tables[] = {
     {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"((?:return|\?) (\d{3,4})\b)", "sdss"},
     {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"(: (2872|348);)", "sdss"},
@@ -197,6 +198,10 @@ const Table tables[] = {
     {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp",
      R"(\b(?:put_byte|send_settings|system_fault)\([^;]*?\b(77\d\d)\b)", "d"},
     {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp", R"(first \? 7795 : (7796))", "d"},
+    {assets, "match->error", assets, R"(Match\{[^,]*, (32[456]),)", "ss"},
+    {assets, "match->question", assets, R"(Match\{.*, (32[789])\})", "ss"},
+    {assets, "missing->message", assets, R"(AssetKind::\w+, (\d+)\})", "s"},
+    {assets, "message", assets, R"(row.flags, (23\d\d)\))", "s"},
     {"src/config/startup_checks.cpp", "row.number", "src/config/startup_checks.cpp", R"(, (\d+), Need::)", "ss"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), true\})", "s"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},

@@ -45,11 +45,6 @@ std::string options_text(std::uint16_t mask) {
   return text;
 }
 
-std::string code_text(std::uint16_t code) {
-  const std::string_view name = instrument_name(code);
-  return name.empty() ? "#" + std::to_string(code) : std::string(name);
-}
-
 // --- What fits -------------------------------------------------------------------------------------------------
 
 bool fits(const RequiredInstrument& wanted, std::uint16_t code) {
@@ -90,6 +85,9 @@ void use(RequiredInstrument& wanted, std::uint16_t code) {
   wanted.used = code;
   if (code != wanted.code) dev_substitute(wanted.code, code);
   dev_set_flags(code, device_flag::required);
+  for (const RequiredInstrument::AnyOf& group : wanted.accessories) {
+    for (const RequiredInstrument::Accessory& one : group) dev_require_slots(code, one.code, one.option_mask);
+  }
 }
 
 // --- Windows ---------------------------------------------------------------------------------------------------
@@ -111,7 +109,8 @@ std::string served_text(const RequiredInstrument& wanted) {
   switch (wanted.served) {
     case Served::configured: {
       const InstrumentRecord* row = dev_find(wanted.code);
-      return code_text(wanted.used) + '\t' + (row != nullptr ? address_text(row->address) : std::string());
+      return instrument_text(wanted.used) + '\t' +
+             (row != nullptr ? address_text(row->address) : std::string());
     }
     case Served::by_hand: return msg(30649) + '\t';
     default: return msg(2996) + '\t';
@@ -121,7 +120,8 @@ std::string served_text(const RequiredInstrument& wanted) {
 // The question about an instrument, by what is known of it.
 std::string question(const RequiredInstrument& wanted, bool several) {
   if (several) return msg(30651, required_text(wanted));
-  if (is_in_list(wanted.code) && dev_find(wanted.code) == nullptr) return msg(2990, code_text(wanted.code));
+  if (is_in_list(wanted.code) && dev_find(wanted.code) == nullptr)
+    return msg(2990, instrument_text(wanted.code));
   if (instrument_name(wanted.code).empty()) return msg(2989, wanted.code);
   if (wanted.option_mask != 0 || !wanted.accessories.empty()) return msg(2988, required_text(wanted));
   return msg(2987, required_text(wanted));
@@ -132,7 +132,7 @@ int ask_for(RunState& run, RequiredInstrument& wanted, const std::vector<std::ui
   std::vector<std::string> texts;
   for (const std::uint16_t code : found) {
     const InstrumentRecord* row = dev_find(code);
-    texts.push_back(required_text(wanted) + '\t' + code_text(code) + '\t' +
+    texts.push_back(required_text(wanted) + '\t' + instrument_text(code) + '\t' +
                     (row != nullptr ? address_text(row->address) : std::string()));
   }
   if (found.empty()) texts.push_back(required_text(wanted) + '\t' + msg(2996) + '\t');
@@ -302,10 +302,10 @@ void release_required(RunState&) {
 }
 
 std::string required_text(const RequiredInstrument& instrument) {
-  std::string text = code_text(instrument.code) + options_text(instrument.option_mask);
+  std::string text = instrument_text(instrument.code) + options_text(instrument.option_mask);
   for (const RequiredInstrument::AnyOf& group : instrument.accessories) {
     for (std::size_t i = 0; i < group.size(); ++i)
-      text += (i == 0 ? " (" : " | ") + code_text(group[i].code) + options_text(group[i].option_mask);
+      text += (i == 0 ? " (" : " | ") + instrument_text(group[i].code) + options_text(group[i].option_mask);
     text += ")";
   }
   return text;

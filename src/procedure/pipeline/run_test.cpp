@@ -3,6 +3,7 @@
 #include <map>
 
 #include "config/startup_config.h"
+#include "instruments/device_assets.h"
 #include "platform/platform.h"
 #include "procedure/file/load.h"
 #include "procedure/file/memory.h"
@@ -60,9 +61,9 @@ class TestRun {
   int work() {
     using Step = int (TestRun::*)();
     static constexpr Step steps[] = {
-        &TestRun::recover,      &TestRun::ask_for_demo,   &TestRun::open_database, &TestRun::select,
-        &TestRun::load,         &TestRun::uut_setup,      &TestRun::threshold,     &TestRun::scan,
-        &TestRun::prepare_data, &TestRun::ask_start_data, &TestRun::begin,
+        &TestRun::recover,      &TestRun::ask_for_demo,   &TestRun::open_database,   &TestRun::select,
+        &TestRun::load,         &TestRun::uut_setup,      &TestRun::threshold,       &TestRun::scan,
+        &TestRun::prepare_data, &TestRun::ask_start_data, &TestRun::check_standards, &TestRun::begin,
     };
     run_.clear(run_flag::stop_test);
     clear_abort();
@@ -158,6 +159,14 @@ class TestRun {
     if (result == run_result::finished) result = ask_start_form(run_, entry_.start);
     if (result == run_result::failed) run_error(run_, 2508, startup_config().bcf);
     return result;
+  }
+
+  // Nobody calibrates a standard with itself.
+  int check_standards() {
+    const std::string* asset = run_variable(run_, "UUT_CODE$");
+    if (run_.demo_mode || asset == nullptr || dev_self_calibration_check(run_, *asset))
+      return run_result::finished;
+    return run_.has(run_flag::stop_test) ? run_result::failed : run_result::given_up;
   }
 
   int begin() {

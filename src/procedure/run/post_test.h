@@ -14,7 +14,7 @@ struct Procedure;
 
 /// The instruments' part of the step: puts them to standby. `request` is a sum of standby_request bits.
 namespace standby_request {
-constexpr int all = 3, after_stop = 4;
+constexpr int all = 3, after_stop = 4, keep_uut = 8;
 }
 using StandbyHook = bool (*)(RunState& run, int request);
 void post_test_install_standby(StandbyHook hook);
