@@ -1,12 +1,15 @@
 // The library's functions, by the names that a program looks up in an IEEE-488.2 driver, and the three status words.
 //
-// The bench is described by the file that the environment variable ORVANE_BENCH names, else "bench.txt" in the
-// current folder. It is read when a board is first put online. A device that does not answer is a time-out at once:
-// nothing here sleeps, so that a run is as fast as the program.
+// The bench is read when a board is first put online, see bench_file.h. A device that does not answer is a time-out at
+// once: nothing here sleeps, so that a run is as fast as the program.
+//
+// Instruments forget their settings with the program that has loaded the library, unless the environment variable
+// ORVANE_BENCH_STATE names a file. Each line of it is one source: its address, "live" or "idle", and its settings as
+// messages; it is written whenever one of them changes, and read with the bench.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
+#include <string>
 
 #include "bench_file.h"
 
@@ -33,13 +36,14 @@ constexpr int sta_error = 0x8000, sta_timeout = 0x4000, sta_end = 0x2000, sta_sr
 constexpr int err_system = 0, err_no_listeners = 2, err_argument = 4, err_aborted = 6, err_no_board = 7;
 constexpr int send_end = 2;
 constexpr int receive_to_end = 0x100;
-constexpr int boards = 2;
+constexpr int boards = 2, board_1_base = 100;
 
 gpibsim::Bench bench;
 bool bench_read = false;
 bool bench_sound = false;
 gpibsim::Instrument* talker[boards] = {};
 gpibsim::Instrument* listener[boards] = {};
+std::string kept_state;
 
 void done(int status = 0, long count = 0) {
   user_ibsta = status | sta_complete;
@@ -59,26 +63,48 @@ bool board_ok(int board) {
 }
 
 gpibsim::Instrument* at(int board, Address address) {
-  const auto found = bench.find({board, address & 0xFF});
-  return found != bench.end() ? found->second.get() : nullptr;
+  const auto found = bench.bus.find({board, address & 0xFF});
+  return found != bench.bus.end() && !found->second->is_unplugged() ? found->second.get() : nullptr;
+}
+
+const char* state_path() {
+  static const char* const path = std::getenv("ORVANE_BENCH_STATE");
+  return path;
+}
+
+void keep_state() {
+  if (state_path() == nullptr) return;
+  std::string now;
+  for (const auto& [place, instrument] : bench.bus) {
+    const std::string state = instrument->state();
+    if (state.empty()) continue;
+    now += std::to_string(place.first * board_1_base + place.second) +
+           (instrument->is_live() ? " live " : " idle ") + state + "\n";
+  }
+  if (now == kept_state) return;
+  kept_state = now;
+  std::ofstream(state_path(), std::ios::binary | std::ios::trunc) << now;
+}
+
+void restore_state() {
+  if (state_path() == nullptr) return;
+  std::ifstream file(state_path(), std::ios::binary);
+  int number = 0;
+  std::string word, messages;
+  while (file >> number >> word && std::getline(file, messages)) {
+    const auto found = bench.bus.find({number / board_1_base, number % board_1_base});
+    if (found != bench.bus.end()) found->second->restore(messages);
+  }
+  keep_state();
 }
 
 void read_bench_file() {
   if (bench_read) return;
   bench_read = true;
-  const char* named = std::getenv("ORVANE_BENCH");
-  const std::string path = named != nullptr ? named : "bench.txt";
-  std::ifstream file(path);
-  std::ostringstream text;
-  text << file.rdbuf();
   std::string reason;
-  if (!file) {
-    std::fprintf(stderr, "%s: the description of the simulated bench cannot be read\n", path.c_str());
-  } else if (!gpibsim::read_bench(text.str(), bench, reason)) {
-    std::fprintf(stderr, "%s:%s\n", path.c_str(), reason.c_str());
-  } else {
-    bench_sound = true;
-  }
+  bench_sound = gpibsim::read_bench_file(bench, reason);
+  if (!bench_sound) std::fprintf(stderr, "%s\n", reason.c_str());
+  restore_state();
 }
 
 void send(int board, gpibsim::Instrument* to, const void* data, long count, int end) {
@@ -86,6 +112,7 @@ void send(int board, gpibsim::Instrument* to, const void* data, long count, int 
   if (to == nullptr) return failed(err_no_listeners);
   listener[board] = to;
   to->take({static_cast<const char*>(data), static_cast<std::size_t>(count)}, end == send_end);
+  keep_state();
   done(0, count);
 }
 
@@ -149,7 +176,7 @@ ENTRY void RcvRespMsg(int board, void* data, long count, int stop) {
 ENTRY void DevClear(int board, Address address) {
   if (!board_ok(board)) return;
   if (address == no_address) {
-    for (auto& [place, instrument] : bench) {
+    for (auto& [place, instrument] : bench.bus) {
       if (place.first == board) instrument->clear();
     }
   } else if (gpibsim::Instrument* instrument = at(board, address)) {
@@ -193,7 +220,7 @@ ENTRY void Trigger(int board, Address address) {
 ENTRY void TestSRQ(int board, short* asserted) {
   if (!board_ok(board)) return;
   *asserted = 0;
-  for (auto& [place, instrument] : bench) {
+  for (auto& [place, instrument] : bench.bus) {
     if (place.first == board && instrument->requests_service()) *asserted = 1;
   }
   done(*asserted != 0 ? sta_srq : 0);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <iterator>
 
 namespace gpibsim {
@@ -12,18 +11,21 @@ constexpr double overload = 1.0e38;
 constexpr double over_range = 1.2;  // full scale of a range
 constexpr std::size_t message_limit = 4096;
 
-// Functions and their highest range.
+// Functions with their highest reading and the highest range that may be asked for. The range of frequency and period
+// is that of the voltage.
 struct FunctionRow {
   const char* word;
   double highest;
+  double highest_range;
 };
-constexpr FunctionRow function_rows[] = {{"DCV", 1000}, {"ACV", 700},  {"DCI", 1},    {"ACI", 1},
-                                         {"OHM", 1e9},  {"OHMF", 1e9}, {"FREQ", 1e7}, {"PER", 1}};
+constexpr FunctionRow function_rows[] = {{"DCV", 1000, 1000}, {"ACV", 700, 1000}, {"DCI", 1, 1},
+                                         {"ACI", 1, 1},       {"OHM", 1e9, 1e9},  {"OHMF", 1e9, 1e9},
+                                         {"FREQ", 1e7, 2000}, {"PER", 1, 2000}};
 
 // Commands that set the meter up without a bearing on the reading.
-constexpr const char* set_up_words[] = {"END",    "ARANGE", "NPLC",  "MATH",    "ACBAND", "FSOURCE", "SMATH",
-                                        "SETACV", "AZERO",  "OCOMP", "LFILTER", "FIXEDZ", "MEM",     "DELAY",
-                                        "NDIG",   "NRDGS",  "LEVEL", "DISP",    "BEEP",   "OFORMAT", "INBUF"};
+constexpr const char* set_up_words[] = {"END",   "NPLC",  "MATH",    "ACBAND", "FSOURCE", "SMATH", "SETACV",
+                                        "AZERO", "OCOMP", "LFILTER", "FIXEDZ", "MEM",     "DELAY", "NDIG",
+                                        "NRDGS", "LEVEL", "DISP",    "BEEP",   "OFORMAT", "INBUF"};
 
 const FunctionRow* function_row(std::string_view word) {
   for (const FunctionRow& row : function_rows) {
@@ -37,18 +39,10 @@ bool is_set_up_word(std::string_view word) {
                      [&](const char* w) { return word == w; });
 }
 
-std::string printed(double value) {
-  char text[40];
-  std::snprintf(text, sizeof text, "%+.8E", value);
-  return text;
-}
-
 }  // namespace
 
-bool is_meter_function(std::string_view word) { return function_row(word) != nullptr; }
-
 Hp3458a::Hp3458a(std::uint64_t seed, std::map<std::string, MeterFunction> functions)
-    : functions_(std::move(functions)), noise_(seed) {}
+    : input_(seed, std::move(functions)) {}
 
 void Hp3458a::clear() {
   Instrument::clear();
@@ -59,7 +53,7 @@ void Hp3458a::preset() {
   discard_output();
   function_ = "DCV";
   expected_ = 10;
-  automatic_trigger_ = true;
+  automatic_trigger_ = automatic_range_ = true;
   error_register_ = 0;
 }
 
@@ -97,6 +91,8 @@ void Hp3458a::command(std::string_view word, std::string_view argument) {
     } else if (word == "TRIG") {
       automatic_trigger_ = argument.starts_with("AUTO");
     }
+  } else if (word == "ARANGE") {
+    automatic_range_ = argument.starts_with("ON") || argument == "1";
   } else if (word == "RQS") {
     double mask = 0;
     if (!number_at(argument, mask) || mask < 0 || mask > 255) return fail(parameter_range);
@@ -118,36 +114,30 @@ void Hp3458a::command(std::string_view word, std::string_view argument) {
 }
 
 void Hp3458a::set_function(const std::string& name, std::string_view argument) {
-  const double highest = function_row(name)->highest;
-  double expected = highest;
-  if (!argument.empty() && !argument.starts_with("AUTO") && !number_at(argument, expected))
-    return fail(syntax_error);
-  if (std::fabs(expected) > highest * over_range) return fail(parameter_range);
+  const FunctionRow& row = *function_row(name);
+  double expected = row.highest;
+  const bool automatic = argument.empty() || argument.starts_with("AUTO");
+  if (!automatic && !number_at(argument, expected)) return fail(syntax_error);
+  if (std::fabs(expected) > row.highest_range * over_range) return fail(parameter_range);
   discard_output();
   function_ = name;
   expected_ = expected;
+  automatic_range_ = automatic || row.highest_range != row.highest;
 }
 
-double Hp3458a::applied() const {
-  const auto found = functions_.find(function_);
-  if (found == functions_.end()) return expected_;
-  for (const MeterFunction::Input& input : found->second.inputs) {
-    // The expected value comes as text: one part in a million tells two points apart.
-    if (std::fabs(input.expected - expected_) <= 1e-6 * std::fabs(input.expected)) return input.applied;
-  }
-  return expected_;
+// The range in hand: a decade.
+double Hp3458a::range() const {
+  const double highest = function_row(function_)->highest;
+  if (automatic_range_ || expected_ == 0) return highest;
+  return std::min(highest, std::pow(10.0, std::ceil(std::log10(std::fabs(expected_) / over_range) - 1e-9)));
 }
 
 void Hp3458a::measure() {
   discard_output();
-  double reading = applied();
-  if (const auto found = functions_.find(function_); found != functions_.end()) {
-    const MeterFunction& function = found->second;
-    reading += reading * function.gain + function.offset + reading * function.noise * noise_.next();
-  }
-  if (std::fabs(reading) > function_row(function_)->highest * over_range) reading = overload;
+  double reading = input_.read(function_, expected_);
+  if (std::fabs(reading) > range() * over_range) reading = overload;
   service_taken_ = false;
-  say(printed(reading));
+  say(printed_reading(reading, 8));
 }
 
 void Hp3458a::nothing_to_say() {

@@ -7,32 +7,17 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
-#include "instrument.h"
+#include "meter_input.h"
 
 namespace gpibsim {
-
-/// What one function measures, from the bench file.
-struct MeterFunction {
-  double gain = 0;    // relative error of the reading
-  double offset = 0;  // absolute error
-  double noise = 0;   // standard deviation, relative to the reading
-  struct Input {
-    double expected;
-    double applied;
-  };
-  std::vector<Input> inputs;
-};
-
-/// Is this a function word of the meter?
-bool is_meter_function(std::string_view word);
 
 class Hp3458a : public Instrument {
  public:
   Hp3458a(std::uint64_t seed, std::map<std::string, MeterFunction> functions);
   void clear() override;
   void trigger() override { measure(); }
+  void wire(const Instrument* source, bool loaded) override { input_.wire(source, loaded); }
 
  protected:
   void message(std::string_view text) override;
@@ -51,14 +36,14 @@ class Hp3458a : public Instrument {
   void command(std::string_view word, std::string_view argument);
   void set_function(const std::string& name, std::string_view argument);
   void measure();
-  double applied() const;
+  double range() const;
   void fail(int bit);
 
-  std::map<std::string, MeterFunction> functions_;
-  Noise noise_;
+  MeterInput input_;
   std::string function_ = "DCV";
   double expected_ = 10;
   bool automatic_trigger_ = true;
+  bool automatic_range_ = true;
   std::uint8_t service_mask_ = 0;
   bool service_taken_ = false;
   int error_register_ = 0;

@@ -1,7 +1,8 @@
 #include "scpi_instrument.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
+#include <span>
 
 namespace gpibsim {
 namespace {
@@ -9,8 +10,9 @@ namespace {
 constexpr int error_available = 0x04, message_available = 0x10, event_summary = 0x20, service = 0x40;
 constexpr std::size_t queue_limit = 30;
 
-// One word of a header against one word of the tree: the short form (its capitals) or the long one.
+// One word of a header against one word of the tree. A "1" behind the word counts for nothing.
 bool word_matches(std::string_view given, std::string_view known) {
+  if (given.ends_with('1') && !known.ends_with('1')) given.remove_suffix(1);
   std::string short_form;
   for (const char c : known) {
     if (!(c >= 'a' && c <= 'z')) short_form += c;
@@ -18,27 +20,43 @@ bool word_matches(std::string_view given, std::string_view known) {
   return given == short_form || given == upper(known);
 }
 
-std::string_view next_word(std::string_view& path) {
-  const std::size_t colon = path.find(':');
-  const std::string_view word = path.substr(0, colon);
-  path = colon == std::string_view::npos ? std::string_view() : path.substr(colon + 1);
-  return word;
-}
+struct NodeWord {
+  std::string word;
+  bool optional = false;
+};
 
-bool path_matches(std::string_view given, std::string_view known) {
-  while (!given.empty() && !known.empty()) {
-    if (!word_matches(next_word(given), next_word(known))) return false;
+std::vector<NodeWord> words_of(std::string_view node) {
+  std::vector<NodeWord> words(1);
+  bool optional = false;
+  for (const char c : node) {
+    if (c == '[' || c == ']') {
+      optional = c == '[';
+    } else if (c == ':') {
+      if (!words.back().word.empty()) words.emplace_back();
+    } else {
+      words.back().word += c;
+      words.back().optional = optional;
+    }
   }
-  return given.empty() && known.empty();
+  if (words.back().word.empty()) words.pop_back();
+  return words;
 }
 
-std::string printed(double value) {
-  char text[40];
-  std::snprintf(text, sizeof text, "%.9G", value);
-  return text;
+bool words_match(std::string_view given, std::span<const NodeWord> words) {
+  if (words.empty()) return given.empty();
+  const std::size_t colon = given.find(':');
+  if (word_matches(given.substr(0, colon), words.front().word) && !given.empty() &&
+      words_match(colon == std::string_view::npos ? std::string_view() : given.substr(colon + 1),
+                  words.subspan(1)))
+    return true;
+  return words.front().optional && words_match(given, words.subspan(1));
 }
 
 }  // namespace
+
+bool header_matches(std::string_view given, std::string_view node) {
+  return words_match(given, words_of(node));
+}
 
 ScpiInstrument::ScpiInstrument(std::uint64_t seed, std::string identity, std::vector<ScpiSetting> settings)
     : noise_(seed), identity_(std::move(identity)), settings_(std::move(settings)), start_(settings_) {}
@@ -100,7 +118,7 @@ void ScpiInstrument::common(const std::string& header, std::string_view argument
   if (header == "*IDN?") {
     answer(identity_);
   } else if (header == "*RST") {
-    settings_ = start_;
+    preset();
   } else if (header == "*CLS") {
     event_status_ = 0;
     errors_.clear();
@@ -131,11 +149,24 @@ void ScpiInstrument::common(const std::string& header, std::string_view argument
   }
 }
 
-ScpiSetting* ScpiInstrument::find(const std::string& header) {
+ScpiSetting* ScpiInstrument::find(std::string_view header) {
   for (ScpiSetting& setting : settings_) {
-    if (path_matches(header, setting.path)) return &setting;
+    if (header_matches(header, setting.path)) return &setting;
   }
   return nullptr;
+}
+
+bool ScpiInstrument::take_number(std::string_view argument, double low, double high, double& value) {
+  if (argument.empty()) {
+    error(command_error, -109, "Missing parameter");
+  } else if (!number_at(argument, value)) {
+    error(command_error, -104, "Data type error");
+  } else if (value < low || value > high) {
+    error(execution_error, -222, "Data out of range");
+  } else {
+    return true;
+  }
+  return false;
 }
 
 void ScpiInstrument::tree(std::string header, std::string_view argument, bool query) {
@@ -147,20 +178,51 @@ void ScpiInstrument::tree(std::string header, std::string_view argument, bool qu
   const std::size_t colon = header.rfind(':');
   path_ = colon == std::string::npos ? "" : header.substr(0, colon + 1);
 
-  if (query && (path_matches(header, "SYSTem:ERRor") || path_matches(header, "SYSTem:ERRor:NEXT"))) {
+  if (query && header_matches(header, "SYSTem:ERRor[:NEXT]")) {
     answer(errors_.empty() ? "0,\"No error\"" : errors_.front());
     if (!errors_.empty()) errors_.pop_front();
     return;
   }
+  if (own(header, argument, query)) return;
   ScpiSetting* setting = find(header);
   if (setting == nullptr || (setting->read_only && !query))
     return error(command_error, -113, "Undefined header");
-  if (query) return answer(printed(setting->value + setting->value * setting->noise * noise_.next()));
+  if (query) return answer(printed_setting(setting->value + setting->value * setting->noise * noise_.next()));
   double value = 0;
-  if (argument.empty()) return error(command_error, -109, "Missing parameter");
-  if (!number_at(argument, value)) return error(command_error, -104, "Data type error");
-  if (value < setting->low || value > setting->high) return error(execution_error, -222, "Data out of range");
-  setting->value = value;
+  if (take_number(argument, setting->low, setting->high, value)) setting->value = value;
+}
+
+std::string ScpiInstrument::state() const {
+  std::string messages;
+  for (const ScpiSetting& setting : settings_) {
+    if (!setting.read_only)
+      messages += ":" + upper(setting.path) + " " + printed_setting(setting.value) + ";";
+  }
+  return messages;
+}
+
+const ScpiSetting* ScpiInstrument::setting_at(std::string_view node) const {
+  for (const ScpiSetting& setting : settings_) {
+    if (header_matches(upper(setting.path), node)) return &setting;
+  }
+  return nullptr;
+}
+
+// A generic source: "SOURce:VOLTage" at its terminals while "OUTPut" is on, or always without such a setting; AC where
+// it has a frequency above 0.
+std::optional<Signal> ScpiInstrument::output() const {
+  const ScpiSetting* level = setting_at("[SOURce]:VOLTage:[LEVel]");
+  const ScpiSetting* on = setting_at("OUTPut:[STATe]");
+  const ScpiSetting* frequency = setting_at("[SOURce]:FREQuency");
+  if (level == nullptr) return std::nullopt;
+  if (on != nullptr && on->value == 0) return Signal();
+  if (frequency != nullptr && frequency->value > 0) return Signal{0, level->value, frequency->value};
+  return Signal{level->value, 0, 0};
+}
+
+bool ScpiInstrument::is_live() const {
+  const std::optional<Signal> signal = output();
+  return signal && (signal->dc != 0 || signal->ac != 0);
 }
 
 void ScpiInstrument::nothing_to_say() { error(query_error, -420, "Query UNTERMINATED"); }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "../../simulator/bench_file.h"
+#include "../../simulator/scpi_instrument.h"
 
 namespace gpibsim {
 namespace {
@@ -15,7 +16,16 @@ std::string ask(Instrument& instrument, std::string_view message) {
   return std::string(trim(reply));
 }
 
-Instrument& only(Bench& bench) { return *bench.begin()->second; }
+Instrument& only(Bench& bench) { return *bench.bus.begin()->second; }
+Instrument& at(Bench& bench, int primary) { return *bench.bus.at({0, primary}); }
+double number(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
+
+Bench made(const std::string& text) {
+  Bench bench;
+  std::string reason;
+  EXPECT_TRUE(read_bench(text, bench, reason)) << reason;
+  return bench;
+}
 
 TEST(SimulatedBench, FaultsOfTheDescriptionNameTheirLine) {
   struct Case {
@@ -32,6 +42,9 @@ TEST(SimulatedBench, FaultsOfTheDescriptionNameTheirLine) {
       {"[4] SCPI\n[4] SCPI\n", "2: the address stands twice"},
       {"[4] SCPI\nsetting = VOLT 1\n", "2: a path and its numbers are expected"},
       {"[x] SCPI\n", "1: \"[ADDRESS] MODEL\" is expected"},
+      {"[22] HP3458A\nfault = lost\n", "2: no such fault: \"lost\""},
+      {"[10] HP33120A\nwire = 22 75\n", "2: \"ADDRESS\" or \"ADDRESS 50\" is expected"},
+      {"# one\n[10] HP33120A\nwire = 22\n", "2: the wire leads to no instrument on the bus"},
   };
   for (const Case& c : cases) {
     Bench bench;
@@ -111,6 +124,136 @@ TEST(SimulatedBench, TheGenericInstrumentKeepsIeee488Dot2) {
   EXPECT_EQ(ask(source, "*RST;SOUR:VOLT?"), "0");
   EXPECT_EQ(ask(source, "SOUR:VOLT 1"), "");
   EXPECT_EQ(ask(source, "SYST:ERR?"), "-420,\"Query UNTERMINATED\"");
+}
+
+TEST(SimulatedBench, HeadersMatchTheirNodes) {
+  struct Case {
+    const char *given, *node;
+    bool matches;
+  };
+  for (const Case& c : {Case{"VOLT", "VOLTage[:DC]", true}, Case{"VOLTAGE:DC", "VOLTage[:DC]", true},
+                        Case{"VOLTA", "VOLTage[:DC]", false}, Case{"VOLT:AC", "VOLTage[:DC]", false},
+                        Case{"SENS1:VOLT:RANG", "[SENSe:]VOLTage[:DC]:RANGe[:UPPer]", true},
+                        Case{"VOLT:DC:RANG:UPP", "[SENSe:]VOLTage[:DC]:RANGe[:UPPer]", true},
+                        Case{"VOLT:RANG:AUTO", "[SENSe:]VOLTage[:DC]:RANGe[:UPPer]", false},
+                        Case{"", "VOLTage", false}, Case{"DC", "VOLTage[:DC]", false}})
+    EXPECT_EQ(header_matches(c.given, c.node), c.matches) << c.given << " " << c.node;
+}
+
+TEST(SimulatedBench, TheScpiMetersMeasureRangeAndOverload) {
+  struct Case {
+    const char* message;
+    double reading;
+  };
+  for (const char* model : {"HP34401A", "K2000", "K2001", "K2002"}) {
+    Bench bench =
+        made(std::string("[1] ") + model + "\nserial = 77\nDCV.input = 5 : 5.0004\nACV.applied = 2\n");
+    Instrument& meter = only(bench);
+    EXPECT_NE(ask(meter, "*IDN?").find(",77,"), std::string::npos);
+    for (const Case& c : {Case{"CONF:VOLT:DC 5;:READ?", 5.0004}, Case{"MEAS:VOLT:AC?", 2},
+                          Case{"FUNC \"VOLT:AC\";:VOLT:AC:RANG 1;:INIT;:FETC?", 9.9e37},
+                          Case{"VOLT:AC:RANG:AUTO ON;:READ?", 2},
+                          Case{":SENS:FUNC 'RES';:SENS:RES:NPLC 10;RANG 100;:READ?", 100},
+                          Case{"*RST;:CONF:FRES 50;:READ?", 50}})
+      EXPECT_NEAR(number(ask(meter, c.message)), c.reading, 1e-9 * c.reading) << model << " " << c.message;
+    EXPECT_EQ(ask(meter, "SYST:ERR?"), "0,\"No error\"") << model;
+    meter.take("FUNC \"LENGTH\";:CONF:VOLT:DC 5000;:NONSENSE", true);
+    EXPECT_EQ(ask(meter, "SYST:ERR?;ERR?;ERR?").substr(0, 4), "-224");
+    EXPECT_EQ(ask(meter, "*RST;*CLS;FETC?"), "");
+    EXPECT_EQ(ask(meter, "SYST:ERR?").substr(0, 4), "-230");
+  }
+  Bench nanovolt = made("[1] HP34420A\n");
+  EXPECT_EQ(ask(only(nanovolt), "*CLS;:MEAS:VOLT:AC?"), "") << "it has no AC";
+}
+
+TEST(SimulatedBench, ASourceIsSeenByTheMetersThatAreWiredToIt) {
+  Bench bench = made(
+      "[10] HP33120A\namplitude.error = 1e-3\nfrequency.error = 1e-5\nwire = 22\nwire = 23 50\n"
+      "[22] HP3458A\n[23] HP34401A\n");
+  at(bench, 10).take("OUTP:LOAD 50;:FUNC:SHAP SIN;:FREQ 5000;:VOLT 2;:VOLT:OFFS 0.25", true);
+  EXPECT_TRUE(at(bench, 10).is_live());
+  EXPECT_NEAR(number(ask(at(bench, 22), "ACV 1;TRIG SGL")), 2 * 2 * 1.001 / std::sqrt(8.0), 1e-6);
+  EXPECT_NEAR(number(ask(at(bench, 22), "DCV 1;TRIG SGL")), 0.5, 1e-9);
+  EXPECT_NEAR(number(ask(at(bench, 22), "FREQ 2;TRIG SGL")), 5000.05, 1e-4);
+  EXPECT_NEAR(number(ask(at(bench, 23), "MEAS:VOLT:AC?")), 2 * 1.001 / std::sqrt(8.0), 1e-6);
+  EXPECT_NEAR(number(ask(at(bench, 23), "MEAS:PER?")), 1 / 5000.05, 1e-12);
+  // High impedance: what is set is what an open output gives.
+  at(bench, 10).take("*RST;OUTP:LOAD INF;:VOLT:UNIT VRMS;:FUNC:SHAP SQU;:VOLT 3", true);
+  EXPECT_NEAR(number(ask(at(bench, 22), "ACV 3;TRIG SGL")), 3 * 1.001, 1e-6);
+  EXPECT_NEAR(number(ask(at(bench, 10), "VOLT?;:VOLT:UNIT VPP;:VOLT?")), 3, 1e-6);
+  at(bench, 10).take("*CLS;VOLT 21;:FUNC:SHAP TRI;:FREQ 2E5", true);
+  EXPECT_EQ(ask(at(bench, 10), "SYST:ERR?;:SYST:ERR?").substr(0, 4), "-222");
+  at(bench, 10).take("*RST", true);
+  EXPECT_FALSE(at(bench, 10).is_live());
+}
+
+TEST(SimulatedBench, SettingsComeBackFromTheirState) {
+  const std::string text =
+      "[4] SCPI\nsetting = SOURce:VOLTage 0 -10 10\nsetting = OUTPut:STATe 0 0 1\n[10] HP33120A\n";
+  Bench bench = made(text), again = made(text);
+  at(bench, 4).take("SOUR:VOLT 7;:OUTP:STAT 1", true);
+  at(bench, 10).take("APPL:SQU 2E3,4,0.5", true);
+  for (const int place : {4, 10}) {
+    EXPECT_TRUE(at(bench, place).is_live());
+    at(again, place).restore(at(bench, place).state());
+    EXPECT_EQ(at(again, place).state(), at(bench, place).state());
+    EXPECT_TRUE(at(again, place).is_live());
+    EXPECT_FALSE(at(again, place).has_answer());
+  }
+}
+
+TEST(SimulatedBench, FaultsOnDemand) {
+  const auto meter = [](const std::string& fault) {
+    return made("[1] SCPI\nreading = READ 5 0\nfault = " + fault + "\n");
+  };
+  bool ended = false;
+  Bench silent = meter("silent 1 1");
+  EXPECT_EQ(ask(only(silent), "READ?"), "5");
+  EXPECT_EQ(ask(only(silent), "READ?"), "");
+  EXPECT_EQ(ask(only(silent), "READ?"), "5");
+
+  Bench late = meter("late 0 1");
+  EXPECT_EQ(ask(only(late), "*IDN?"), "");
+  EXPECT_EQ(trim(only(late).give(100, ended)), "ORVANE,SCPI,0,1.0") << "the late answer";
+  Bench cleared = meter("late 0 1");
+  EXPECT_EQ(ask(only(cleared), "*IDN?"), "");
+  only(cleared).clear();
+  EXPECT_EQ(ask(only(cleared), "READ?"), "5");
+
+  Bench babbling = meter("babbling");
+  only(babbling).take("READ?", true);
+  EXPECT_EQ(only(babbling).give(10, ended), "xxxxxxxxxx");
+  EXPECT_FALSE(ended);
+  Bench garbage = meter("garbage");
+  EXPECT_NE(ask(only(garbage), "READ?"), "5");
+  Bench stuck = meter("stuck 1");
+  only(stuck).take("*CLS", true);
+  EXPECT_FALSE(only(stuck).requests_service());
+  only(stuck).take("*CLS", true);
+  EXPECT_TRUE(only(stuck).requests_service());
+  EXPECT_EQ(only(stuck).serial_poll(), 0);
+  Bench unplugged = meter("unplugged 1");
+  only(unplugged).take("*CLS", true);
+  EXPECT_FALSE(only(unplugged).is_unplugged());
+  only(unplugged).take("*CLS", true);
+  EXPECT_TRUE(only(unplugged).is_unplugged());
+}
+
+TEST(SimulatedBench, ACalibratorCarriesBytesToTheUnitOnItsBack) {
+  Bench bench = made("[5] MFC1\nidentity = U,UNIT,1,2\nsetting = VOLTage 3 0 10\n");
+  Instrument& host = only(bench);
+  EXPECT_EQ(ask(host, "*IDN?"), "ORVANE,0,MFC1,2.6");
+  EXPECT_EQ(ask(host, "UUT_SET 9600,NOSTALL,DBIT8,SBIT1,PNONE;*OPC?"), "1");
+  EXPECT_EQ(ask(host, "ISR?"), "0");
+  host.take("UUT_SEND #211VOLT 4;*IDN", true);
+  host.take("UUT_SEND #12?\r", true);
+  EXPECT_EQ(ask(host, "ISR?"), "256");
+  EXPECT_EQ(ask(host, "UUT_RECV?"), "#212U,UNIT,1,2");
+  host.take("UUT_SENDB 86,79,76,84,63,13", true);
+  EXPECT_EQ(ask(host, "UUT_RECV?").substr(0, 4), "#134");
+  host.take("UUT_SENDB 86,79,76,84,63,13", true);
+  host.take("UUT_FLUSH", true);
+  EXPECT_EQ(ask(host, "ISR?"), "0");
 }
 
 }  // namespace
