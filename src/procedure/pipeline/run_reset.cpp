@@ -2,6 +2,7 @@
 
 #include "config/startup_config.h"
 #include "functions/functions.h"
+#include "instruments/connections.h"
 #include "platform/platform.h"
 #include "procedure/run/blocks.h"
 #include "procedure/run/capture.h"
@@ -76,6 +77,7 @@ constexpr RunResetRow rows[] = {
     {"standards of the run", reset_standards, ResetWhen::always},
     {"times", reset_times, ResetWhen::always},
     {"bus statements", reset_bus, ResetWhen::always},
+    {"connections", con_clear, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };
 
