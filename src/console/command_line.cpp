@@ -13,6 +13,9 @@ std::optional<int> parse_command_line(int argc, const char* const* argv, OvrunOp
       ->check(CLI::IsMember({"auto", "plain", "none"}));
   app.add_flag("--check-config", options.check_config,
                "check the configuration, print every key, run nothing");
+  app.add_flag(
+      "--bench", options.bench,
+      "print the instruments of the bench and who answers (with --mode demo nobody is asked), run nothing");
   app.add_flag("--list", options.list, "print the names of the procedures, run nothing");
   app.footer("System words: -run NAME  -dir FOLDER  -AutoTest  -trace  -Tletters");
   return parse_program_line(app, argc, argv, options);

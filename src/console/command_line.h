@@ -15,6 +15,7 @@ struct OvrunOptions : ProgramOptions {
   std::string progress = "auto";
   bool check_config = false;
   bool list = false;
+  bool bench = false;
 };
 
 /// Reads the command line. A value: the program ends with it at once (0 after help or version, 64 after one line on

@@ -6,8 +6,10 @@
 #include <utility>
 
 #include "config/startup_config.h"
+#include "console/bench_report.h"
 #include "console/command_line.h"
 #include "console/desk.h"
+#include "instruments/bench.h"
 #include "messages/encoding.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -107,7 +109,7 @@ class Session {
     start_.settings_path = options_.settings;
     start_.recover = false;  // a list of names touches no instrument, and a run recovers by itself
     if (options_.mode == "demo") start_.mode = RunMode::demo;
-    if (options_.mode == "real") start_.mode = RunMode::real;
+    if (options_.mode == "real" || (options_.mode.empty() && options_.bench)) start_.mode = RunMode::real;
     return options_.directory.empty() || enter_directory();
   }
 
@@ -124,7 +126,14 @@ class Session {
     RunState& state = run_state();
     if (options_.check_config) return check_config(start_.config_path);
     if (!engine_start(state, start_)) return exit_failed;
+    if (options_.bench) return show_bench(state);
     return options_.list ? list_names() : run_procedure(state);
+  }
+
+  static int show_bench(RunState& state) {
+    const bool sound = report_bench(state, out_line);
+    bench_close(state);
+    return sound ? exit_pass : exit_failed;
   }
 
   int run_procedure(RunState& state) {

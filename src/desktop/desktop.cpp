@@ -209,7 +209,7 @@ void Desktop::show_mode() {
 
 void Desktop::reset_instruments() {
   in_command([&] {
-    if (bench_reset(run_state())) msgp(30856);
+    if (bench_reset(run_state()) == BenchReset::done) msgp(30856);
   });
 }
 

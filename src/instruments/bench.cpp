@@ -1,38 +1,176 @@
 #include "instruments/bench.h"
 
+#include <algorithm>
+
+#include "instruments/bench_load.h"
+#include "instruments/device_list.h"
+#include "instruments/driver_table.h"
 #include "instruments/ieee488.h"
+#include "instruments/instrument_names.h"
+#include "instruments/reset_list.h"
+#include "instruments/serial.h"
+#include "instruments/srq.h"
+#include "platform/platform.h"
+#include "state/pump.h"
+#include "state/report.h"
 
 namespace orvane {
 namespace {
 
-struct BenchRow {
-  const char* name;
-  bool (*begin)(RunState& run);
-  void (*end)(RunState& run);
-  bool (*reset)(RunState& run);
-};
-constexpr BenchRow rows[] = {
-    {"IEEE-488", ib_init, ib_end_of_run, ib_reset_devices},
+// A walk that makes instruments safe runs in a stopped run too: the stop and the abort are taken down for its time. The
+// Abort command is not offered meanwhile.
+class Undisturbed {
+ public:
+  explicit Undisturbed(RunState& run)
+      : run_(run),
+        flags_(static_cast<std::uint16_t>(run.flags & (run_flag::stop_test | run_flag::skip_test))),
+        reason_(run.stop_reason),
+        abort_(abort_requested()) {
+    calm();
+    offer_abort(false);
+  }
+  ~Undisturbed() {
+    calm();
+    run_.set(flags_);
+    run_.stop_reason = reason_;
+    if (abort_) raise_abort();
+    if (run_.active()) offer_abort(true);
+  }
+  Undisturbed(const Undisturbed&) = delete;
+  Undisturbed& operator=(const Undisturbed&) = delete;
+
+  /// In front of each instrument: what the one before has left.
+  void calm() {
+    run_.clear(run_flag::stop_test | run_flag::skip_test);
+    clear_abort();
+  }
+
+ private:
+  void offer_abort(bool on) {
+    if (!run_.has(run_flag::test_run) && platform().desk != nullptr) platform().desk->enable_abort_menu(on);
+  }
+
+  RunState& run_;
+  const std::uint16_t flags_;
+  const std::uint16_t reason_;
+  const bool abort_;
 };
 
-}  // namespace
+bool is_required(const InstrumentRecord& row) { return (row.flags & device_flag::required) != 0; }
 
-bool bench_begin(RunState& run) {
-  for (const BenchRow& row : rows) {
-    if (!row.begin(run)) return false;
+// Calls `act` for each configured instrument that has a driver or, with `all`, for each; `message` with the name
+// reports one that fails.
+template <class Act>
+bool walk(RunState& run, Undisturbed& undisturbed, bool all, bool required_only, int message, Act act) {
+  bool done = true;
+  std::size_t at = 0;
+  while (const InstrumentRecord* row = dev_next_configured(at)) {
+    if (required_only && !is_required(*row)) continue;
+    if (!all && driver_of(row->code) == nullptr) continue;
+    undisturbed.calm();
+    if (act(*row)) continue;
+    undisturbed.calm();
+    done = run_error(run, message, instrument_text(row->code));
+  }
+  return done;
+}
+
+// --- Interfaces ------------------------------------------------------------------------------------------------
+
+bool is_serial(const DevAddress& address) { return address.interface == DeviceInterface::serial; }
+
+bool open_port(RunState& run, std::uint16_t port) {
+  return port == 0 || serial_is_open(run, port) || serial_on(run, port);
+}
+
+// A pass-through port is reached through its host: the workstation's own ports come first.
+bool open_ports(RunState& run) {
+  std::bitset<32> needed = run.pipeline.pre_run.ports, wanted = needed;
+  for (const InstrumentRecord& row : device_list().instruments) {
+    if (!is_serial(row.address)) continue;
+    wanted.set(row.address.port);
+    if (is_required(row)) needed.set(row.address.port);
+  }
+  for (const GenericInstrument& row : device_list().generic) {
+    if (is_serial(row.address)) wanted.set(row.address.port);
+  }
+  for (std::uint16_t port = 1; port <= DevAddress::lemo_port; ++port) {
+    if (!wanted.test(port) || open_port(run, port)) continue;
+    if (needed.test(port)) return run_error(run, 2513, serial_name(port));
+    run.clear(run_flag::stop_test);  // this run does not need it, and has been told
   }
   return true;
 }
 
-void bench_end(RunState& run) {
-  for (const BenchRow& row : rows) row.end(run);
+// --- The start of a run ----------------------------------------------------------------------------------------
+
+bool serve_waiting_requests(RunState& run) {
+  const int code = ib_power_on_check(run);
+  if (code == answer::yes) return true;
+  if (code == answer::no) run.set(run_flag::stop_test);
+  return false;
 }
 
-bool bench_reset(RunState& run) {
-  if (run.demo_mode) return true;
-  bool done = true;
-  for (const BenchRow& row : rows) done = row.reset(run) && done;
-  return done;
+// The instruments of the run say who they are, so that a wrong one at an address is found before it is used.
+bool identify(RunState& run) {
+  std::size_t at = 0;
+  while (const InstrumentRecord* row = dev_next_configured(at)) {
+    if (!is_required(*row)) continue;
+    DeviceIdentity identity;
+    if (!dev_identify(run, row->code, row->address, identity))
+      return run_error(run, 2513, instrument_text(row->code));
+  }
+  return true;
 }
+
+bool make_ready(RunState& run) {
+  if (!ib_init(run) || !open_ports(run)) return false;
+  if (run.demo_mode) return true;
+  return serve_waiting_requests(run) && (!device_list_stands() || ib_bus_check(run)) && identify(run);
+}
+
+}  // namespace
+
+bool bench_begin(RunState& run) {
+  if (make_ready(run)) return true;
+  run.set(run_flag::stop_test);
+  return false;
+}
+
+bool bench_standby(RunState& run, int request) {
+  if (run.demo_mode) return true;
+  Undisturbed undisturbed(run);
+  const bool required_only = (request & bench_request::required_only) != 0;
+  bool done = walk(run, undisturbed, false, required_only, 2953,
+                   [&](const InstrumentRecord& row) { return dev_reset(run, row.code, row.address); });
+  if ((request & bench_request::reset_list) == 0) return done;
+  undisturbed.calm();
+  const std::uint16_t choice =
+      (request & bench_request::keep_uut) != 0 ? reset_choice::skip_uut : std::uint16_t{0};
+  return reset_exec(run, choice) && done;
+}
+
+void bench_end(RunState& run) {
+  if (!run.demo_mode) {
+    static_cast<void>(bench_standby(run, bench_request::required_only | bench_request::reset_list));
+    Undisturbed undisturbed(run);
+    static_cast<void>(walk(run, undisturbed, false, true, 2954, [&](const InstrumentRecord& row) {
+      return dev_leave(run, row.code, row.address, false);
+    }));
+  }
+  ib_end_of_run(run);
+}
+
+BenchReset bench_reset(RunState& run) {
+  if (run.demo_mode) return BenchReset::done;
+  if (!device_list_stands() && !dev_reload_if_changed()) return BenchReset::failed;
+  Undisturbed undisturbed(run);
+  if (!ib_reset_devices(run) || !open_ports(run)) return BenchReset::failed;
+  const bool all = walk(run, undisturbed, true, false, 2953,
+                        [&](const InstrumentRecord& row) { return dev_reset(run, row.code, row.address); });
+  return all ? BenchReset::done : BenchReset::partly;
+}
+
+void bench_close(RunState& run) { serial_close_all(run); }
 
 }  // namespace orvane

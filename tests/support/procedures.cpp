@@ -26,7 +26,7 @@ RunTest::RunTest() {
   run.demo_mode = true;
 }
 
-std::string header(const std::string& name) {
+std::string header(const std::string& name, const std::string& configuration) {
   return "INSTRUMENT:            " + name +
          "\n"
          "DATE:                  2026-11-22\n"
@@ -35,7 +35,9 @@ std::string header(const std::string& name) {
          "ADJUSTMENT THRESHOLD:  70%\n"
          "NUMBER OF TESTS:       1\n"
          "NUMBER OF LINES:       1\n"
-         "CONFIGURATION:\n"
+         "CONFIGURATION:" +
+         (configuration.empty() ? "" : "         " + configuration) +
+         "\n"
          "==============================================================================\n"
          " STEP    FSC    RANGE NOMINAL        TOLERANCE     MOD1        MOD2  3  4  CON\n";
 }

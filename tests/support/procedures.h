@@ -9,8 +9,8 @@
 
 namespace orvane::test {
 
-/// The standard header of a test procedure.
-std::string header(const std::string& name);
+/// The standard header of a test procedure; `configuration` names the instruments that it requires.
+std::string header(const std::string& name, const std::string& configuration = {});
 /// A source line: test number, FSC at its column, text at column 22.
 std::string source_line(int test, int step, std::string_view fsc, std::string_view text = {});
 

@@ -59,8 +59,9 @@ void LaboratoryTest::configure(const std::string& key, const std::string& value)
   write("orvane.ini", text + key + " = " + value + "\n");
 }
 
-void LaboratoryTest::procedure(const std::string& name, const std::vector<std::string>& statements) {
-  std::string text = header(name);
+void LaboratoryTest::procedure(const std::string& name, const std::vector<std::string>& statements,
+                               const std::string& configuration) {
+  std::string text = header(name, configuration);
   for (const std::string& statement : statements) text += statement + "\n";
   const Ended compiled = run_process(ovproc({"compile", "-", "--procdir", path("procedures")}), text);
   ASSERT_EQ(compiled.status, 0) << compiled.err;

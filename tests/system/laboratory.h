@@ -24,7 +24,8 @@ class LaboratoryTest : public ::testing::Test {
   /// Compiles the demo's procedures: 1.prc the verification, 2.prc DC, 3.prc AC, 4.prc ohms.
   void demo();
   /// Compiles source_line()s behind a standard header.
-  void procedure(const std::string& name, const std::vector<std::string>& statements);
+  void procedure(const std::string& name, const std::vector<std::string>& statements,
+                 const std::string& configuration = {});
 
   /// The command "ovrun --config ... --settings ... --mode real --transcript ... WORDS".
   Command ovrun(const std::vector<std::string>& words) const;

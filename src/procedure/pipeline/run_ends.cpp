@@ -97,8 +97,9 @@ void write_marker(const RunState& run, std::string_view marker) {
 bool recover_died_run(RunState& run) {
   if (run.demo_mode) return true;
   if (!same_word(user_setting(settings_section, "procedure").value_or(""), underway)) return true;
-  if (!bench_reset(run)) return false;
-  msgp(30650);
+  const BenchReset result = bench_reset(run);
+  if (result == BenchReset::failed) return false;
+  if (result == BenchReset::done) msgp(30650);
   write_marker(run, done);
   return true;
 }
