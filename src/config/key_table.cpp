@@ -327,6 +327,8 @@ constexpr KeyRow rows[] = {
     word("rht_max_age", optional, "0-32767", &Config::rht_max_age),
     text("ib_driver", optional | library, &Config::ib_driver),
     text("com_names", optional, &Config::com_names),
+    text("ib_copyright", optional, &Config::ib_copyright),
+    word("late_reply_clear", optional, yes_no, &Config::late_reply_clear),
 };
 // clang-format on
 

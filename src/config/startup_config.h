@@ -98,6 +98,9 @@ struct StartupConfig {
 
   // Our own keys.
   std::string ib_driver = default_ib_driver;  // the IEEE-488 driver library, by name or path
+  // What a driver library that tells its copyright must say; the year is not compared.
+  std::string ib_copyright = "IEEE-488.2 language interface for Orvane Run Time. Copyright 1994.";
+  std::int16_t late_reply_clear = 1;  // behind a time-out a device is cleared before it is written to again
   std::string com_names;          // how the system names COM1, COM2 and so on, with commas between them
   std::string rht_file;           // readings of temperature and humidity
   std::int16_t rht_max_age = 60;  // minutes; 0: a reading of any age counts

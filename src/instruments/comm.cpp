@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <utility>
 #include <vector>
 
 #include "config/startup_config.h"
 #include "config/user_settings.h"
 #include "config/value_grammar.h"
+#include "instruments/line_endings.h"
 #include "platform/platform.h"
 #include "state/debug.h"
 #include "state/pump.h"
@@ -89,47 +89,6 @@ bool line_state(SerialPortState& state, int port, bool purge_on_fault, SerialLin
   return false;
 }
 
-// ---- Definite-length blocks ----
-
-// Follows the head of a block, "#", a digit n, and n digits of its length.
-class BlockWatch {
- public:
-  /// True while bytes of a block pass; `byte` is the next one.
-  bool passes(std::uint8_t byte) {
-    if (left_ > 0) {
-      --left_;
-      return true;
-    }
-    const bool digit = byte >= '0' && byte <= '9';
-    if (digits_ > 0) {
-      if (!digit) return stop();
-      length_ = length_ * 10 + (byte - '0');
-      if (--digits_ == 0) begin_data();
-      return true;
-    }
-    if (marked_ && digit && byte != '0') {
-      marked_ = false;
-      digits_ = byte - '0';
-      length_ = 0;
-      return true;
-    }
-    marked_ = byte == '#';
-    return false;
-  }
-
- private:
-  void begin_data() { left_ = std::exchange(length_, 0); }
-  bool stop() {
-    digits_ = 0;
-    length_ = 0;
-    return false;
-  }
-
-  bool marked_ = false;
-  int digits_ = 0;
-  std::uint64_t length_ = 0, left_ = 0;
-};
-
 // ---- Reading ----
 
 // Waits until a byte is there and takes it. comm_failed or comm_stopped, or 1; 0 if the time was over and
@@ -157,18 +116,6 @@ int next_byte(SerialPortState& state, int port, std::uint32_t timeout, bool sile
   return 1;
 }
 
-const char* ending_text(std::uint16_t word) {
-  if ((word & terminator::control) != 0) return "%s : input terminated by character less than HEX 20";
-  if ((word & terminator::line) != 0) return "%s : input terminated by linefeed";
-  return "%s : input terminated by specified terminator";
-}
-
-bool ends_input(std::uint16_t word, std::uint8_t byte) {
-  if ((word & terminator::control) != 0) return byte < 0x20;
-  if ((word & terminator::line) != 0) return byte == '\n';
-  return byte == (word & 0xFF);
-}
-
 // ---- Writing ----
 
 // Writes one byte; `number` is its fault. 1, comm_failed, comm_stopped, or 0 if the time is over.
@@ -182,12 +129,6 @@ int put_byte(SerialPortState& state, int port, std::uint8_t byte, int number, st
     if (pumping_wait(write_poll) == WaitEnd::stopped) return comm_stopped;
     elapsed += write_poll;
   }
-}
-
-std::string output_ending(std::uint16_t word) {
-  if ((word & terminator::control) != 0) return {};
-  if ((word & terminator::line) != 0) return "\r\n";
-  return std::string(1, static_cast<char>(word & 0xFF));
 }
 
 int put_data(SerialPortState& state, int port, std::string_view bytes) {

@@ -48,9 +48,14 @@ struct GpibDriver {
   long count() const { return *ibcntl; }
 };
 
-/// The driver, loaded at the first call from the key "ib_driver". Null if it cannot be loaded; the first failure is
-/// message 30410 with the library and the reason. Tests put a double in its place.
-const GpibDriver* gpib_driver();
-void set_gpib_driver(const GpibDriver* driver);  // null: load at the next call
+/// The driver, loaded at the first call. If it cannot be used, that has been reported once, and a driver is given whose
+/// calls do nothing and whose status words say "system error", so that each check of a call fails. Tests and the record
+/// of the traffic put a driver of their own in its place.
+const GpibDriver& gpib_driver();
+void set_gpib_driver(const GpibDriver* driver);  // null: the library, loaded anew
+
+/// The library of the key "ib_driver", whatever stands in its place. 30410 it cannot be loaded, 30411 it lacks a function (the first one is
+/// named), 30900 its copyright text is another one.
+const GpibDriver& gpib_library();
 
 }  // namespace orvane

@@ -1,11 +1,15 @@
 #include "instruments/ieee488.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
+#include <utility>
 
 #include "config/startup_config.h"
-#include "instruments/gpib_driver.h"
+#include "instruments/ieee488_parts.h"
+#include "instruments/srq.h"
 #include "state/debug.h"
+#include "state/pump.h"
 #include "state/report.h"
 
 namespace orvane {
@@ -13,6 +17,7 @@ namespace {
 
 constexpr std::uint32_t start_timeout = 500;
 constexpr int secondary_base = 0x60;
+constexpr int timeout_error = 6;  // iberr of an operation that timed out
 
 // Configuration key ib_type: which family of boards it names.
 enum class Family { none, other, supported };
@@ -51,36 +56,29 @@ constexpr std::uint64_t timeout_limits[] = {10,       30,       100,       300, 
 
 bool boards_configured = false;
 
-int boards() { return std::clamp<int>(startup_config().ib_nport, 0, 2); }
+// Devices whose answer is still to come. Hardly ever one: the list is empty at almost every write.
+using LateKey = std::pair<int, std::uint16_t>;
+std::vector<LateKey> late;
 
-// Reports what the driver says of its last call.
-bool driver_failure(RunState& run, const GpibDriver& driver) {
-  const int code = *driver.iberr;
-  for (const FailureRow& row : failure_rows) {
-    if (row.iberr == code) return run_error(run, row.message);
-  }
-  return run_error(run, other_failure, code);
+LateKey late_key(BusAddress address) {
+  address.flags &= static_cast<std::uint8_t>(~BusAddress::do_not_address);
+  return {address.board, ib_driver_address(address)};
 }
 
-bool check(RunState& run, const GpibDriver& driver) {
-  return !driver.failed() || driver_failure(run, driver);
-}
+bool traced() { return (debug_flags() & debug_bit::bus) != 0; }
 
 bool configure_board(RunState& run, const GpibDriver& driver, int board) {
   driver.ibonl(board, 1);
-  if (!check(run, driver)) return false;
+  if (!ieee::check(run, driver, board)) return false;
   for (const OptionRow& row : option_rows) {
     driver.ibconfig(board, row.option, row.value == dma ? startup_config().ib_dma : row.value);
-    if (!check(run, driver)) return false;
+    if (!ieee::check(run, driver, board)) return false;
   }
   return true;
 }
 
-// Fails while the run is stopping: nothing more goes out on the bus then.
-bool may_talk(const RunState& run) { return !run.has(run_flag::stop_test); }
-
 void trace(std::string_view function, const BusAddress& address, std::string_view data) {
-  if ((debug_flags() & debug_bit::bus) == 0) return;
+  if (!traced()) return;
   std::string shown;
   for (const char c : data) {
     const auto byte = static_cast<unsigned char>(c);
@@ -92,31 +90,116 @@ void trace(std::string_view function, const BusAddress& address, std::string_vie
 
 // Brings the bus to its start: every device stops talking and listening.
 void clear_interface(const GpibDriver& driver, int board) {
-  if ((debug_flags() & debug_bit::bus) != 0) debug_log("%s : IFC sent on board %d", "ib_ifc", board);
+  if (traced()) debug_log("%s : IFC sent on board %d", "ib_ifc", board);
   driver.SendIFC(board);
+}
+
+bool timed_out(const GpibDriver& driver) { return driver.failed() && *driver.iberr == timeout_error; }
+
+// What a device would still say of an earlier question is dropped before it is written to.
+bool drop_late_reply(RunState& run, const BusAddress& address) {
+  if (late.empty()) [[likely]]
+    return true;
+  const bool is_late = std::find(late.begin(), late.end(), late_key(address)) != late.end();
+  return !is_late || (address.flags & BusAddress::do_not_address) != 0 || ib_clr(run, address);
+}
+
+bool written(RunState& run, const GpibDriver& driver, const BusAddress& address) {
+  if (timed_out(driver)) ieee::note_late(address);
+  return ieee::check(run, driver, address);
+}
+
+bool send(RunState& run, const BusAddress& address, std::string_view data, bool end) {
+  const GpibDriver& driver = gpib_driver();
+  if (!drop_late_reply(run, address)) return false;
+  trace("ib_wrt", address, data);
+  const std::uint16_t target = ib_driver_address(address);
+  const int mode = end ? gpib_send::with_end : gpib_send::no_end;
+  if (target == gpib_no_address) {
+    driver.SendDataBytes(address.board, data.data(), static_cast<long>(data.size()), mode);
+  } else {
+    driver.Send(address.board, target, data.data(), static_cast<long>(data.size()), mode);
+  }
+  return written(run, driver, address);
+}
+
+// A list of one address for the driver; without an address an empty one, which stands for every device.
+std::array<GpibAddress, 2> address_list(const BusAddress& address) {
+  return {ib_driver_address(address), gpib_no_address};
+}
+
+using ListCall = void (*GpibDriver::*)(int board, const GpibAddress* list);
+bool call_with_list(RunState& run, const BusAddress& address, ListCall call) {
+  if (!ib_is_live(run)) return true;
+  const GpibDriver& driver = gpib_driver();
+  (driver.*call)(address.board, address_list(address).data());
+  return ieee::check(run, driver, address);
+}
+
+void trace_status(std::uint8_t status) {
+  static constexpr const char* names[] = {"B0", "B1", "B2", "B3", "MAV", "ESB", "RQS", "B7"};
+  std::string bits;
+  for (int bit = 7; bit >= 0; --bit) {
+    if ((status >> bit & 1) != 0) bits += (bits.empty() ? "" : ", ") + std::string(names[bit]);
+  }
+  debug_log("%s : status byte = %x (HEX) = (%s)", "ib_spoll", status, bits);
+}
+
+BusAddress whole_board(int board) {
+  return {BusAddress::board_valid | BusAddress::do_not_address, static_cast<std::uint8_t>(board), 0, 0};
 }
 
 }  // namespace
 
+namespace ieee {
+
+int boards() { return std::clamp<int>(startup_config().ib_nport, 0, 2); }
+
+std::string place(int board) { return "board " + std::to_string(board); }
+
+std::string place(const BusAddress& address) {
+  if ((address.flags & BusAddress::primary_valid) == 0) return place(static_cast<int>(address.board));
+  std::string text = "address " + std::to_string(address.board * 100 + address.primary);
+  if ((address.flags & BusAddress::secondary_valid) != 0) text += ":" + std::to_string(address.secondary);
+  return text;
+}
+
+bool check(RunState& run, const GpibDriver& driver, const std::string& where) {
+  if (!driver.failed()) return true;
+  const int code = *driver.iberr;
+  for (const FailureRow& row : failure_rows) {
+    if (row.iberr == code) return run_error(run, row.message, where);
+  }
+  return run_error(run, other_failure, where, code);
+}
+
+void note_late(const BusAddress& address) {
+  if (startup_config().late_reply_clear == 0) return;
+  const LateKey key = late_key(address);
+  if (std::find(late.begin(), late.end(), key) == late.end()) late.push_back(key);
+}
+
+}  // namespace ieee
+
 bool ib_is_live(const RunState& run) {
-  return !run.demo_mode && boards() > 0 && family_of(startup_config().ib_type) == Family::supported;
+  return !run.demo_mode && ieee::boards() > 0 && family_of(startup_config().ib_type) == Family::supported;
 }
 
 bool ib_init(RunState& run) {
-  if (run.demo_mode || boards() == 0) return true;
+  if (run.demo_mode || ieee::boards() == 0) return true;
   if (family_of(startup_config().ib_type) == Family::none)
     return run_error(run, 2864, startup_config().ib_type);
   if (!ib_is_live(run)) return true;
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr) return false;
-  for (int board = 0; board < boards() && !boards_configured; ++board) {
-    if (!configure_board(run, *driver, board)) return false;
+  const GpibDriver& driver = gpib_driver();
+  for (int board = 0; board < ieee::boards() && !boards_configured; ++board) {
+    if (!configure_board(run, driver, board)) return false;
   }
   boards_configured = true;
-  for (int board = 0; board < boards(); ++board) {
-    clear_interface(*driver, board);
-    if (!check(run, *driver)) return false;
+  for (int board = 0; board < ieee::boards(); ++board) {
+    clear_interface(driver, board);
+    if (!ieee::check(run, driver, board)) return false;
   }
+  run.bus_poll = ib_srq_poll;
   return ib_timeout(run, 0, start_timeout);
 }
 
@@ -136,112 +219,147 @@ int ib_timeout_code(std::uint32_t milliseconds) {
 
 bool ib_timeout(RunState& run, int board, std::uint32_t milliseconds) {
   if (!ib_is_live(run)) return true;
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr) return false;
-  driver->ibtmo(board, ib_timeout_code(milliseconds));
-  return check(run, *driver);
+  const GpibDriver& driver = gpib_driver();
+  driver.ibtmo(board, ib_timeout_code(milliseconds));
+  return ieee::check(run, driver, board);
 }
 
 bool ib_trd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit, int terminator,
-            bool& ended, BusCheck) {
-  data.clear();
+            bool& ended, BusCheck guard) {
   ended = true;
   if (!ib_is_live(run)) return true;
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr || !may_talk(run)) return false;
+  data.clear();
+  if (guard == BusCheck::poll && !poll_run(run)) return false;
+  const GpibDriver& driver = gpib_driver();
   const std::uint16_t target = ib_driver_address(address);
   const int stop = terminator == IeeeState::end_only ? gpib_receive_to_end : terminator;
   data.resize(limit);
   if (target == gpib_no_address) {
-    driver->RcvRespMsg(address.board, data.data(), static_cast<long>(limit), stop);
+    driver.RcvRespMsg(address.board, data.data(), static_cast<long>(limit), stop);
   } else {
-    driver->Receive(address.board, target, data.data(), static_cast<long>(limit), stop);
+    driver.Receive(address.board, target, data.data(), static_cast<long>(limit), stop);
   }
-  const int status = driver->status();
-  data.resize(static_cast<std::size_t>(std::clamp<long>(driver->count(), 0, static_cast<long>(limit))));
-  if (!check(run, *driver)) return false;
+  const int status = driver.status();
+  data.resize(static_cast<std::size_t>(std::clamp<long>(driver.count(), 0, static_cast<long>(limit))));
+  trace("ib_trd", address, data);
+  if (timed_out(driver)) {
+    ieee::note_late(address);
+    if (!data.empty()) return run_error(run, 30901, ieee::place(address), data.size());
+  }
+  if (!ieee::check(run, driver, address)) return false;
   ended = terminator == IeeeState::end_only
               ? (status & gpib_status::end) != 0
               : !data.empty() && static_cast<unsigned char>(data.back()) == static_cast<unsigned>(terminator);
-  trace("ib_trd", address, data);
   return true;
 }
 
-bool ib_wrt_eoi(RunState& run, const BusAddress& address, std::string_view data, bool end) {
+bool ib_rd(RunState& run, const BusAddress& address, std::string& data, std::size_t limit, BusCheck guard) {
+  bool ended = false;
+  return ib_trd(run, address, data, limit, IeeeState::end_only, ended, guard);
+}
+
+bool ib_wrt(RunState& run, const BusAddress& address, std::string_view data, BusCheck guard) {
   if (!ib_is_live(run)) return true;
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr || !may_talk(run)) return false;
-  trace("ib_wrt", address, data);
-  const std::uint16_t target = ib_driver_address(address);
-  const int mode = end ? gpib_send::with_end : gpib_send::no_end;
-  if (target == gpib_no_address) {
-    driver->SendDataBytes(address.board, data.data(), static_cast<long>(data.size()), mode);
-  } else {
-    driver->Send(address.board, target, data.data(), static_cast<long>(data.size()), mode);
+  if (guard == BusCheck::poll && !poll_run(run)) return false;
+  return send(run, address, data, true);
+}
+
+bool ib_wrt_eoi(RunState& run, const BusAddress& address, std::string_view data, bool end) {
+  return !ib_is_live(run) || (poll_run(run) && send(run, address, data, end));
+}
+
+bool ib_wrt_slow_eoi(RunState& run, const BusAddress& address, std::string_view data, std::uint32_t gap,
+                     bool end) {
+  if (!ib_is_live(run)) return true;
+  BusAddress to = address;
+  for (std::size_t i = 0; i < data.size(); ++i) {
+    if (i > 0 && gap > 0 && pumping_wait(gap) == WaitEnd::stopped) return false;
+    if (!poll_run(run) || !send(run, to, data.substr(i, 1), end && i + 1 == data.size())) return false;
+    to.flags |= BusAddress::do_not_address;
   }
-  return check(run, *driver);
+  return poll_run(run);
 }
 
 bool ib_clr(RunState& run, const BusAddress& address) {
   if (!ib_is_live(run)) return true;
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr) return false;
-  if ((debug_flags() & debug_bit::bus) != 0)
+  if (traced())
     debug_log("%s : SDC sent to device at address %u, board %u", "ib_clr", address.primary, address.board);
-  driver->DevClear(address.board, ib_driver_address(address));
-  return check(run, *driver);
+  const GpibDriver& driver = gpib_driver();
+  const std::uint16_t target = ib_driver_address(address);
+  driver.DevClear(address.board, target);
+  if (!ieee::check(run, driver, address)) return false;
+  std::erase_if(late, [&](const LateKey& one) {
+    return one.first == address.board && (target == gpib_no_address || one.second == target);
+  });
+  return true;
 }
 
-bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status, BusCheck) {
+bool ib_spoll(RunState& run, const BusAddress& address, std::uint8_t& status, BusCheck guard) {
   status = 0;
   if (!ib_is_live(run)) return true;
   if (address.board > 1) return run_error(run, 1936, address.board);
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr || !may_talk(run)) return false;
+  if (guard == BusCheck::poll && !poll_run(run)) return false;
+  const GpibDriver& driver = gpib_driver();
   short byte = 0;
-  driver->ReadStatusByte(address.board, ib_driver_address(address), &byte);
-  if (!check(run, *driver)) return false;
+  driver.ReadStatusByte(address.board, ib_driver_address(address), &byte);
+  if (!ieee::check(run, driver, address)) return false;
   status = static_cast<std::uint8_t>(byte & 0xFF);
-  if ((debug_flags() & debug_bit::bus) != 0) {
-    static constexpr const char* names[] = {"B0", "B1", "B2", "B3", "MAV", "ESB", "RQS", "B7"};
-    std::string bits;
-    for (int bit = 7; bit >= 0; --bit) {
-      if ((status >> bit & 1) != 0) bits += (bits.empty() ? "" : ", ") + std::string(names[bit]);
-    }
-    debug_log("%s : status byte = %x (HEX) = (%s)", "ib_spoll", status, bits);
-  }
+  if (traced()) trace_status(status);
   return true;
+}
+
+bool ib_ren(RunState& run, const BusAddress& address) {
+  return call_with_list(run, address, &GpibDriver::EnableRemote);
+}
+bool ib_gtl(RunState& run, const BusAddress& address) {
+  return call_with_list(run, address, &GpibDriver::EnableLocal);
+}
+bool ib_llo(RunState& run, const BusAddress& address) {
+  return call_with_list(run, address, &GpibDriver::SetRWLS);
+}
+
+bool ib_trig(RunState& run, const BusAddress& address) {
+  if (!ib_is_live(run)) return true;
+  const GpibDriver& driver = gpib_driver();
+  driver.Trigger(address.board, ib_driver_address(address));
+  return ieee::check(run, driver, address);
+}
+
+bool ib_ifc(RunState& run, int board) {
+  if (!ib_is_live(run)) return true;
+  if (board < 0 || board >= ieee::boards()) return run_error(run, 2863, board, ieee::boards());
+  const GpibDriver& driver = gpib_driver();
+  clear_interface(driver, board);
+  return ieee::check(run, driver, board) &&
+         call_with_list(run, whole_board(board), &GpibDriver::EnableRemote);
 }
 
 bool ib_reset_devices(RunState& run) {
   if (!ib_init(run)) return false;
   if (!ib_is_live(run)) return true;
-  for (int board = 0; board < boards(); ++board) {
-    // Without an address the clear goes to every device on the board.
-    const BusAddress all{BusAddress::board_valid | BusAddress::do_not_address,
-                         static_cast<std::uint8_t>(board), 0, 0};
-    if (!ib_clr(run, all)) return false;
+  for (int board = 0; board < ieee::boards(); ++board) {
+    if (!ib_clr(run, whole_board(board))) return false;
   }
   return true;
 }
 
 bool ib_release(RunState& run) {
   if (!ib_is_live(run) || !boards_configured) return true;
-  const GpibDriver* driver = gpib_driver();
-  if (driver == nullptr) return false;
+  const GpibDriver& driver = gpib_driver();
   boards_configured = false;
+  run.bus_poll = nullptr;
   run.ieee.timeout = {};
-  for (int board = 0; board < boards(); ++board) {
-    driver->ibonl(board, 0);
-    if (!check(run, *driver)) return false;
+  for (int board = 0; board < ieee::boards(); ++board) {
+    driver.ibonl(board, 0);
+    if (!ieee::check(run, driver, board)) return false;
   }
   return true;
 }
 
 void ib_end_of_run(RunState& run) {
+  run.bus_poll = nullptr;
   if (!ib_is_live(run) || !boards_configured) return;
-  const GpibDriver* driver = gpib_driver();
-  for (int board = 0; driver != nullptr && board < boards(); ++board) clear_interface(*driver, board);
+  for (int board = 0; board < ieee::boards(); ++board) clear_interface(gpib_driver(), board);
 }
 
 }  // namespace orvane

@@ -22,6 +22,16 @@ bool is_math_epsilon(std::string_view value) {
   return number && (*number == 0.0 || num_in(*number, 1e-15, 1e-5));
 }
 
+// Waits in milliseconds, and a count.
+bool is_srq_wait(std::string_view value) {
+  const std::optional<int> number = short_number(value);
+  return number && *number >= 0 && *number <= 1000;
+}
+bool is_srq_retry(std::string_view value) {
+  const std::optional<int> number = short_number(value);
+  return number && *number >= 0 && *number <= 100;
+}
+
 bool is_nothing_else(std::string_view) { return false; }
 
 struct NameRow {
@@ -30,7 +40,8 @@ struct NameRow {
 };
 constexpr NameRow names[] = {
     {all_names, is_nothing_else},  // takes "*" alone
-    {math_epsilon_name, is_math_epsilon},
+    {math_epsilon_name, is_math_epsilon}, {"SrqDelay", is_srq_wait},
+    {"SrqHoldOff", is_srq_wait},          {"SrqRetry", is_srq_retry},
 };
 
 const NameRow* find_name(std::string_view name) {

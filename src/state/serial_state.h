@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/serial_port.h"
+#include "state/bus_state.h"
 
 namespace orvane {
 
@@ -36,12 +37,16 @@ struct PassThroughState {
   std::uint16_t output_terminator = terminator::control;
   std::uint32_t timeout = SerialPortState::start_timeout;
   std::string received;
+  DevAddress host;  // the calibrator
+  double host_firmware = 0;
+  SerialSettings settings;  // as sent last
 };
 
 struct SerialState {
   static constexpr int port_limit = 16, pass_through_limit = 4;
   std::array<SerialPortState, port_limit> ports;                      // COM1 first
   std::array<PassThroughState, pass_through_limit> calibrator_ports;  // COMMFC1 first
+  bool accessory_port_open = false;
 };
 
 }  // namespace orvane

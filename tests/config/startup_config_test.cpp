@@ -92,7 +92,7 @@ TEST_F(Configuration, ValuesDefaultsAndOrigins) {
   }
   EXPECT_EQ(config_values().size(), config_keys().size());
   EXPECT_EQ(config_values().front().key, "accdir");
-  EXPECT_EQ(config_values().back().key, "com_names");
+  EXPECT_EQ(config_values().back().key, "late_reply_clear");
 }
 
 TEST_F(Configuration, AllFaultsAreToldEachWithItsPlace) {

@@ -5,102 +5,28 @@
 #include "instruments/gpib_driver.h"
 #include "procedure/pipeline/run_test.h"
 #include "state/pump.h"
+#include "support/gpib_double.h"
 #include "support/procedures.h"
 
 namespace orvane {
 namespace {
 
-// A driver that writes down its calls and answers from a script.
-struct Script {
-  std::vector<std::string> calls;
-  std::vector<std::string> replies;  // one for each read; with "..." behind it END is not set
-  std::size_t next_reply = 0;
-  short status_byte = 0;
-  int fail_call = -1;  // the call with this index fails
-  int iberr_then = 6;
-  int ibsta = 0, iberr = 0;
-  long ibcntl = 0;
-};
-Script script;
-int sta_word, err_word;
-long cnt_word;
-
-bool note(const std::string& call) {
-  script.calls.push_back(call);
-  const bool fails = static_cast<int>(script.calls.size()) - 1 == script.fail_call;
-  sta_word = fails ? gpib_status::error : 0;
-  err_word = fails ? script.iberr_then : 0;
-  cnt_word = 0;
-  return !fails;
-}
-
-std::string bytes(const void* data, long count) {
-  return {static_cast<const char*>(data), static_cast<std::size_t>(count)};
-}
-
-void give(void* data, long count) {
-  if (script.next_reply >= script.replies.size()) return;
-  std::string reply = script.replies[script.next_reply++];
-  const bool more = reply.ends_with("...");
-  if (more) reply.resize(reply.size() - 3);
-  cnt_word = std::min<long>(count, static_cast<long>(reply.size()));
-  reply.copy(static_cast<char*>(data), static_cast<std::size_t>(cnt_word));
-  if (!more) sta_word |= gpib_status::end;
-}
-
-const GpibDriver& driver() {
-  static const GpibDriver table = [] {
-    GpibDriver d;
-    d.ibonl = [](int b, int on) {
-      note("onl " + std::to_string(b) + "," + std::to_string(on));
-      return sta_word;
-    };
-    d.ibtmo = [](int b, int code) {
-      note("tmo " + std::to_string(b) + "," + std::to_string(code));
-      return sta_word;
-    };
-    d.ibconfig = [](int b, int option, int value) {
-      note("config " + std::to_string(b) + "," + std::to_string(option) + "=" + std::to_string(value));
-      return sta_word;
-    };
-    d.Send = [](int b, GpibAddress a, const void* data, long count, int end) {
-      note("send " + std::to_string(b) + "," + std::to_string(a) + "," + std::to_string(end) + " " +
-           bytes(data, count));
-    };
-    d.SendDataBytes = [](int, const void* data, long count, int end) {
-      note("data " + std::to_string(end) + " " + bytes(data, count));
-    };
-    d.Receive = [](int b, GpibAddress a, void* data, long count, int stop) {
-      if (note("receive " + std::to_string(b) + "," + std::to_string(a) + "," + std::to_string(stop)))
-        give(data, count);
-    };
-    d.RcvRespMsg = [](int b, void* data, long count, int stop) {
-      if (note("more " + std::to_string(b) + "," + std::to_string(stop))) give(data, count);
-    };
-    d.DevClear = [](int b, GpibAddress a) { note("clear " + std::to_string(b) + "," + std::to_string(a)); };
-    d.ReadStatusByte = [](int b, GpibAddress a, short* status) {
-      note("poll " + std::to_string(b) + "," + std::to_string(a));
-      *status = script.status_byte;
-    };
-    d.SendIFC = [](int b) { note("ifc " + std::to_string(b)); };
-    d.ibsta = &sta_word;
-    d.iberr = &err_word;
-    d.ibcntl = &cnt_word;
-    return d;
-  }();
-  return table;
-}
+using test::script;
 
 class Bus : public test::RunTest {
  protected:
   Bus() {
-    script = Script();
-    set_gpib_driver(&driver());
+    script = test::GpibScript();
+    set_gpib_driver(&test::scripted_driver());
     run.demo_mode = false;
     startup_config().ib_nport = 1;
     startup_config().ib_type = 15;
   }
-  ~Bus() override { set_gpib_driver(nullptr); }
+  ~Bus() override {
+    run.demo_mode = false;
+    static_cast<void>(ib_release(run));  // the next driver has boards of its own
+    set_gpib_driver(nullptr);
+  }
 
   // Runs one IEEE statement; the calls of the driver that belong to it, behind the start and before the end of the run.
   std::vector<std::string> ieee(const std::string& text) {
@@ -236,8 +162,8 @@ TEST_F(Bus, AMissingDriverIsOneClearError) {
   startup_config().ib_driver = "no-such-driver.so";
   procedure("Bus", {"END"});
   EXPECT_EQ(go("Bus"), run_result::failed);
-  EXPECT_EQ(desk.message_numbers(), std::vector<int>{30410});
-  EXPECT_NE(desk.last_message().find("no-such-driver.so"), std::string::npos);
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{30410, 2740}));
+  EXPECT_NE(desk.of_kind("error").front().lines.front().find("no-such-driver.so"), std::string::npos);
 }
 
 TEST_F(Bus, TheSimulatedBenchAnswersThroughTheLibrary) {
@@ -247,7 +173,7 @@ TEST_F(Bus, TheSimulatedBenchAnswersThroughTheLibrary) {
   ASSERT_EQ(setenv("ORVANE_BENCH", bench.c_str(), 1), 0);
   procedure("Bus", {"IEEE [@22]END ALWAYS;DCV 10;TRIG SGL[SPL 128]", "MATH M[1]=MEM", "IEEE [I]",
                     "MATH M[2]=MEM", "IEEE ID?[I$]", "END"});
-  EXPECT_EQ(go("Bus"), run_result::finished);
+  EXPECT_EQ(go("Bus"), run_result::finished) << desk.last_message();
   EXPECT_EQ(m(1), 128);
   EXPECT_NEAR(m(2), 9.5, 1e-9);
   EXPECT_EQ(run.registers.mem2, "HP3458A");

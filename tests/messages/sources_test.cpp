@@ -80,6 +80,8 @@ constexpr Reporter reporters[] = {
     {"add", 1, 0, false, "src/procedure/file/check.cpp"},
     {"refuse", 0, 0, false, "src/procedure/pipeline/data_entry.cpp"},
     {"refuse_at", 1, 0, false, "src/procedure/pipeline/data_entry.cpp"},
+    {"ends", 1, 0, false, "src/instruments/srq.cpp"},
+    {"fault", 1, 0, false, "src/instruments/srq_power_on.cpp"},
     {"climate_field", 1, 2, false, "src/procedure/pipeline/entry_forms.cpp"},
 };
 // Where these functions are made, one calls the other.
@@ -213,7 +215,7 @@ const Table tables[] = {
     {"src/procedure/pipeline/scan_statements.cpp", "wrong", addresses, R"(return (\d{3,});)", "s"},
     {"src/procedure/pipeline/entry_forms.cpp", "label", "src/procedure/pipeline/entry_forms.cpp",
      R"(\$", (3064\d),)", ""},
-    {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})", ""},
+    {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})", "s"},
     {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(return (404);)",
      "s"},
     {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(\? (408) : 0)",
