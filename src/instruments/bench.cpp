@@ -7,7 +7,6 @@
 #include "instruments/driver_table.h"
 #include "instruments/ieee488.h"
 #include "instruments/instrument_names.h"
-#include "instruments/reset_list.h"
 #include "instruments/serial.h"
 #include "instruments/srq.h"
 #include "platform/platform.h"
@@ -126,7 +125,7 @@ bool identify(RunState& run) {
 bool make_ready(RunState& run) {
   if (!ib_init(run) || !open_ports(run)) return false;
   if (run.demo_mode) return true;
-  return serve_waiting_requests(run) && (!device_list_stands() || ib_bus_check(run)) && identify(run);
+  return (!device_list_stands() || ib_bus_check(run)) && serve_waiting_requests(run) && identify(run);
 }
 
 }  // namespace
@@ -143,11 +142,7 @@ bool bench_standby(RunState& run, int request) {
   const bool required_only = (request & bench_request::required_only) != 0;
   bool done = walk(run, undisturbed, false, required_only, 2953,
                    [&](const InstrumentRecord& row) { return dev_reset(run, row.code, row.address); });
-  if ((request & bench_request::reset_list) == 0) return done;
-  undisturbed.calm();
-  const std::uint16_t choice =
-      (request & bench_request::keep_uut) != 0 ? reset_choice::skip_uut : std::uint16_t{0};
-  return reset_exec(run, choice) && done;
+  return done;
 }
 
 void bench_end(RunState& run) {

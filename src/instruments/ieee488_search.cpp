@@ -114,9 +114,14 @@ SearchEnd search_all(RunState& run, int board, std::vector<BusAddress>& list) {
   return end;
 }
 
+// In front of every run: without a window, since a look at thirty addresses takes a driver a few milliseconds.
 bool keep_listeners(RunState& run) {
   std::vector<BusAddress> found;
-  if (search_all(run, 0, found) != SearchEnd::done) return false;
+  for (std::uint8_t primary = 1; primary <= BusAddress::highest_primary; ++primary) {
+    const FoundDevice result = find_at(run, primary_on(0, primary), found);
+    if (result == FoundDevice::failed) return false;
+    if (result == FoundDevice::stop_scan) break;
+  }
   if (found.size() > listener_limit) {
     warnp(2818, found.size(), listener_limit);
     found.resize(listener_limit);
