@@ -22,6 +22,10 @@ bool is_math_epsilon(std::string_view value) {
   return number && (*number == 0.0 || num_in(*number, 1e-15, 1e-5));
 }
 
+bool is_switch(std::string_view value) {
+  return value == "YES" || value == "NO" || value == "1" || value == "0";
+}
+
 bool is_nothing_else(std::string_view) { return false; }
 
 struct NameRow {
@@ -31,6 +35,12 @@ struct NameRow {
 constexpr NameRow names[] = {
     {all_names, is_nothing_else},  // takes "*" alone
     {math_epsilon_name, is_math_epsilon},
+    {"PTF_HP3458A", is_switch},
+    {"PTF_HP34401A", is_switch},
+    {"PTF_HP34420A", is_switch},
+    {"PTF_K2000", is_switch},
+    {"PTF_K2001", is_switch},
+    {"PTF_K2002", is_switch},
 };
 
 const NameRow* find_name(std::string_view name) {
