@@ -31,6 +31,9 @@ bool is_srq_retry(std::string_view value) {
   const std::optional<int> number = short_number(value);
   return number && *number >= 0 && *number <= 100;
 }
+bool is_switch(std::string_view value) {
+  return value == "YES" || value == "NO" || value == "1" || value == "0";
+}
 
 bool is_nothing_else(std::string_view) { return false; }
 
@@ -40,8 +43,16 @@ struct NameRow {
 };
 constexpr NameRow names[] = {
     {all_names, is_nothing_else},  // takes "*" alone
-    {math_epsilon_name, is_math_epsilon}, {"SrqDelay", is_srq_wait},
-    {"SrqHoldOff", is_srq_wait},          {"SrqRetry", is_srq_retry},
+    {math_epsilon_name, is_math_epsilon},
+    {"SrqDelay", is_srq_wait},
+    {"SrqHoldOff", is_srq_wait},
+    {"SrqRetry", is_srq_retry},
+    {"PTF_HP3458A", is_switch},
+    {"PTF_HP34401A", is_switch},
+    {"PTF_HP34420A", is_switch},
+    {"PTF_K2000", is_switch},
+    {"PTF_K2001", is_switch},
+    {"PTF_K2002", is_switch},
 };
 
 const NameRow* find_name(std::string_view name) {

@@ -134,7 +134,8 @@ TEST_F(Flow, LabelJumpsWithoutAnExpressionAlways) {
 
 TEST_F(Flow, AnUnknownCodeIsNamed) {
   FscRecord record = fsc_record_new();
-  record.set(field::code, fsc::n5530);
+  record.set(field::code, static_cast<std::uint16_t>(code_class::executable |
+                                                     fsc_ordinal(fsc::n5530)));  // of another class
   branches(record);
   EXPECT_EQ(desk.message_numbers(), std::vector<int>{2517});
   EXPECT_NE(desk.last_message().find("N5530"), std::string::npos);

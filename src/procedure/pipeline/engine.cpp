@@ -11,6 +11,8 @@
 #include "instruments/bench.h"
 #include "instruments/bus_statements.h"
 #include "instruments/connections.h"
+#include "instruments/driver_table.h"
+#include "instruments/drivers/drivers.h"
 #include "platform/files.h"
 #include "procedure/file/memory.h"
 #include "procedure/operator/statements.h"
@@ -67,6 +69,8 @@ bool run_std(Statement& s) {
   return true;
 }
 
+bool drivers_sound = false;
+
 constexpr HandlerRow pipeline_rows[] = {{fsc::std, run_std, Pace::quick}};
 
 std::span<const HandlerRow> pipeline_handlers() { return pipeline_rows; }
@@ -80,9 +84,10 @@ std::string default_config_path() {
 }
 
 void engine_install() {
-  for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
-                              settings_handlers(), operator_handlers(), bus_handlers(), connection_handlers(),
-                              pipeline_handlers()})
+  drivers_sound = drivers_install(all_drivers());
+  for (const auto handlers :
+       {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(), settings_handlers(),
+        operator_handlers(), bus_handlers(), connection_handlers(), driver_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
@@ -90,7 +95,7 @@ void engine_install() {
 
 bool engine_start(RunState& run, const EngineStart& start) {
   engine_install();
-  if (!math_functions_sound()) return false;
+  if (!math_functions_sound() || !drivers_sound) return false;
   const std::string path = start.config_path.empty() ? default_config_path() : start.config_path;
   if (!read_configuration(run, path)) return false;
   use_user_settings(start.settings_path.empty() ? user_config_directory() + "/settings.ini"
