@@ -7,17 +7,17 @@
 #include "instruments/driver_table.h"
 #include "instruments/ieee488.h"
 #include "instruments/instrument_names.h"
+#include "instruments/reset_list.h"
 #include "instruments/serial.h"
 #include "instruments/srq.h"
-#include "platform/platform.h"
 #include "state/pump.h"
 #include "state/report.h"
 
 namespace orvane {
 namespace {
 
-// A walk that makes instruments safe runs in a stopped run too: the stop and the abort are taken down for its time. The
-// Abort command is not offered meanwhile.
+// A walk that makes instruments safe runs in a stopped run too: the stop and the abort are taken down for its time. An
+// abort that is given meanwhile is kept, and acts behind it.
 class Undisturbed {
  public:
   explicit Undisturbed(RunState& run)
@@ -26,14 +26,12 @@ class Undisturbed {
         reason_(run.stop_reason),
         abort_(abort_requested()) {
     calm();
-    offer_abort(false);
   }
   ~Undisturbed() {
     calm();
     run_.set(flags_);
     run_.stop_reason = reason_;
     if (abort_) raise_abort();
-    if (run_.active()) offer_abort(true);
   }
   Undisturbed(const Undisturbed&) = delete;
   Undisturbed& operator=(const Undisturbed&) = delete;
@@ -41,18 +39,15 @@ class Undisturbed {
   /// In front of each instrument: what the one before has left.
   void calm() {
     run_.clear(run_flag::stop_test | run_flag::skip_test);
+    abort_ = abort_ || abort_requested();
     clear_abort();
   }
 
  private:
-  void offer_abort(bool on) {
-    if (!run_.has(run_flag::test_run) && platform().desk != nullptr) platform().desk->enable_abort_menu(on);
-  }
-
   RunState& run_;
   const std::uint16_t flags_;
   const std::uint16_t reason_;
-  const bool abort_;
+  bool abort_;
 };
 
 bool is_required(const InstrumentRecord& row) { return (row.flags & device_flag::required) != 0; }
@@ -142,7 +137,11 @@ bool bench_standby(RunState& run, int request) {
   const bool required_only = (request & bench_request::required_only) != 0;
   bool done = walk(run, undisturbed, false, required_only, 2953,
                    [&](const InstrumentRecord& row) { return dev_reset(run, row.code, row.address); });
-  return done;
+  if ((request & bench_request::reset_list) == 0) return done;
+  undisturbed.calm();
+  const std::uint16_t choice =
+      (request & bench_request::keep_uut) != 0 ? reset_choice::skip_uut : std::uint16_t{0};
+  return reset_exec(run, choice) && done;
 }
 
 void bench_end(RunState& run) {

@@ -11,6 +11,7 @@ namespace {
 
 const GpibDriver* installed = nullptr;  // in place of the library
 const GpibDriver* library = nullptr;
+std::string library_fault;  // why it cannot be used
 
 template <class T>
 bool look_up(const SharedLibrary& from, T*& member, const char* name, std::string& missing) {
@@ -95,16 +96,23 @@ GpibDriver absent_driver() {
   return d;
 }
 
+bool refuse_library(std::string reason) {
+  library_fault = std::move(reason);
+  return false;
+}
+
 bool load(GpibDriver& driver) {
+  library_fault.clear();
   static SharedLibrary file;  // to the end of the program: a driver may keep threads of its own
   const std::string& name = startup_config().ib_driver;
   std::string reason;
-  if (!file.open(name, reason)) return errp(30410, name, reason);
+  if (!file.open(name, reason)) return refuse_library(msg(30410, name, reason));
   if (const std::string missing = look_up_all(file, driver); !missing.empty())
-    return errp(30411, name, missing);
+    return refuse_library(msg(30411, name, missing));
   const auto* copyright = static_cast<const char*>(file.symbol("CopyrightString"));
   const std::string& wanted = startup_config().ib_copyright;
-  return copyright == nullptr || same_copyright(copyright, wanted) || errp(30900, name, wanted);
+  return copyright == nullptr || same_copyright(copyright, wanted) ||
+         refuse_library(msg(30900, name, wanted));
 }
 
 }  // namespace
@@ -117,6 +125,11 @@ const GpibDriver& gpib_library() {
     library = &driver;
   }
   return *library;
+}
+
+const std::string& gpib_library_fault() {
+  static const std::string none;
+  return installed != nullptr ? none : library_fault;
 }
 
 const GpibDriver& gpib_driver() { return installed != nullptr ? *installed : gpib_library(); }

@@ -48,14 +48,16 @@ struct GpibDriver {
   long count() const { return *ibcntl; }
 };
 
-/// The driver, loaded at the first call. If it cannot be used, that has been reported once, and a driver is given whose
-/// calls do nothing and whose status words say "system error", so that each check of a call fails. Tests and the record
-/// of the traffic put a driver of their own in its place.
+/// The driver, loaded at the first call. In place of one that cannot be used a driver is given whose calls do nothing
+/// and whose status words say "system error", so that the check of each call fails; gpib_library_fault() then says why.
+/// Tests and the record of the traffic put a driver of their own in its place.
 const GpibDriver& gpib_driver();
 void set_gpib_driver(const GpibDriver* driver);  // null: the library, loaded anew
 
-/// The library of the key "ib_driver", whatever stands in its place. 30410 it cannot be loaded, 30411 it lacks a function (the first one is
-/// named), 30900 its copyright text is another one.
+/// The library of the key "ib_driver", whatever stands in its place.
 const GpibDriver& gpib_library();
+/// Why the library cannot be used: it cannot be loaded, it lacks a function (the first one is named), its copyright text
+/// is another one. Empty for one that can.
+const std::string& gpib_library_fault();
 
 }  // namespace orvane

@@ -34,9 +34,10 @@ struct FailureRow {
   int iberr;
   int message;
 };
-constexpr FailureRow failure_rows[] = {{0, 2740},  {1, 2741},  {2, 2742},  {3, 2743},  {4, 2744},  {5, 2745},
-                                       {6, 2746},  {7, 2747},  {8, 2748},  {10, 2749}, {11, 2750}, {12, 2751},
-                                       {14, 2752}, {15, 2753}, {16, 2754}, {20, 2755}};
+constexpr FailureRow failure_rows[] = {{1, 2741},  {2, 2742},  {3, 2743},  {4, 2744},  {5, 2745},
+                                       {6, 2746},  {7, 2747},  {8, 2748},  {10, 2749}, {11, 2750},
+                                       {12, 2751}, {14, 2752}, {15, 2753}, {16, 2754}, {20, 2755}};
+constexpr int system_fault = 0;  // also of a library that cannot be used
 constexpr int other_failure = 2756;
 
 // The driver's configuration of a board, in this order: option and value. `dma` stands for the key ib_dma.
@@ -167,6 +168,10 @@ std::string place(const BusAddress& address) {
 bool check(RunState& run, const GpibDriver& driver, const std::string& where) {
   if (!driver.failed()) return true;
   const int code = *driver.iberr;
+  if (code == system_fault) {
+    const std::string& fault = gpib_library_fault();
+    return run_error(run, 2740, fault.empty() ? msg(30904, where) : fault);
+  }
   for (const FailureRow& row : failure_rows) {
     if (row.iberr == code) return run_error(run, row.message, where);
   }

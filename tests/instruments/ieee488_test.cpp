@@ -82,7 +82,7 @@ TEST_F(Bus, TextsAndActionsGoOutInTheirOrder) {
   run.registers.m[1] = 2.5;
   EXPECT_EQ(ieee("[@22]A[D 100]B[M1]"),
             (Calls{"tmo 0,14", "send 0,22,2 A", "send 0,22,2 B0"}));  // registers start at 0
-  EXPECT_EQ(clock.slept, 100u);
+  EXPECT_EQ(clock.slept, 120u) << "and what the line takes to settle as the run begins";
   EXPECT_EQ(ieee("[@22:5]X"),
             (Calls{"tmo 0,14", "send 0," + std::to_string((5 + 0x60) * 256 + 22) + ",2 X"}));
   EXPECT_EQ(ieee("[@7][T 3000]X"), (Calls{"tmo 0,12", "send 0,7,2 X"}));
@@ -162,7 +162,7 @@ TEST_F(Bus, AMissingDriverIsOneClearError) {
   startup_config().ib_driver = "no-such-driver.so";
   procedure("Bus", {"END"});
   EXPECT_EQ(go("Bus"), run_result::failed);
-  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{30410, 2740}));
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{2740}));
   EXPECT_NE(desk.of_kind("error").front().lines.front().find("no-such-driver.so"), std::string::npos);
 }
 

@@ -215,6 +215,7 @@ const Table tables[] = {
     {"src/procedure/pipeline/scan_statements.cpp", "wrong", addresses, R"(return (\d{3,});)", "s"},
     {"src/procedure/pipeline/entry_forms.cpp", "label", "src/procedure/pipeline/entry_forms.cpp",
      R"(\$", (3064\d),)", ""},
+    {"src/instruments/bench.cpp", "message", "src/instruments/bench.cpp", R"(\w, (295[34]),)", "s"},
     {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})", "s"},
     {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(return (404);)",
      "s"},

@@ -141,7 +141,7 @@ TEST_F(Ovrun, AFaultOfTheStartIsOneLineWithItsNumberAndWhatToDo) {
       {"missing answers", {"--answers", path("missing.txt")}, "E30505: "},
       {"transcript that cannot be written", {"--transcript", path("missing/t.jsonl")}, "E30506: "},
       {"missing folder", {"-dir", path("missing")}, "E30504: "},
-      {"missing driver library", no_driver, "E30410: "},
+      {"missing driver library", no_driver, "E2740: "},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
