@@ -52,7 +52,8 @@ struct GpibDriver {
 /// calls do nothing and whose status words say "system error", so that each check of a call fails. Tests and the record
 /// of the traffic put a driver of their own in its place.
 const GpibDriver& gpib_driver();
-void set_gpib_driver(const GpibDriver* driver);  // null: the library, loaded anew
+/// Gives what stood in the library's place until now, or null. With null the library is loaded anew.
+const GpibDriver* set_gpib_driver(const GpibDriver* driver);
 
 /// The library of the key "ib_driver", whatever stands in its place. 30410 it cannot be loaded, 30411 it lacks a function (the first one is
 /// named), 30900 its copyright text is another one.
