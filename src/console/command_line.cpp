@@ -9,6 +9,10 @@ std::optional<int> parse_command_line(int argc, const char* const* argv, OvrunOp
   add_program_options(app, options);
   app.add_option("--answers", options.answers, "the operator's answers from a file, - for standard input");
   app.add_option("--transcript", options.transcript, "what the operator saw and answered, as JSON Lines");
+  CLI::Option* record =
+      app.add_option("--record", options.record, "write all bus traffic to a file, as JSON Lines");
+  app.add_option("--replay", options.replay, "run against such a file in place of the instruments")
+      ->excludes(record);
   app.add_option("--progress", options.progress, "progress on standard error")
       ->check(CLI::IsMember({"auto", "plain", "none"}));
   app.add_flag("--check-config", options.check_config,

@@ -12,6 +12,8 @@ namespace orvane {
 struct OvrunOptions : ProgramOptions {
   std::string answers;  // a file, "-", or empty: the operator types
   std::string transcript;
+  std::string record;  // the bus traffic goes into this file
+  std::string replay;  // and comes from this one
   std::string progress = "auto";
   bool check_config = false;
   bool list = false;

@@ -7,6 +7,7 @@
 
 #include "config/startup_config.h"
 #include "console/bench_report.h"
+#include "console/bus_log_file.h"
 #include "console/command_line.h"
 #include "console/desk.h"
 #include "instruments/bench.h"
@@ -82,7 +83,10 @@ std::string_view overall_word(const OverallResult& result) {
 class Session {
  public:
   explicit Session(const OvrunOptions& options) : options_(options), desk_(transcript_) {}
-  ~Session() { platform() = Platform{.desk = nullptr, .clock = &system_clock(), .events = nullptr}; }
+  ~Session() {
+    bus_log_end();
+    platform() = Platform{.desk = nullptr, .clock = &system_clock(), .events = nullptr};
+  }
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -93,6 +97,7 @@ class Session {
     // With -AutoTest reports open no box; the reason of a failure is told all the same.
     if (status == exit_failed && !desk_.told_error() && !last_error().empty()) desk_.tell_fault(last_error());
     if (transcript_.is_broken()) error_line(msg(30506, options_.transcript));
+    if (bus_record_is_broken()) error_line(msg(30907, options_.record));
     return status;
   }
 
@@ -105,6 +110,8 @@ class Session {
       if (!read_answers(options_.answers, answers_)) return false;
       desk_.answer_from(&answers_);
     }
+    if (!options_.record.empty() && !bus_record_file(options_.record)) return false;
+    if (!options_.replay.empty() && !bus_replay_file(options_.replay)) return false;
     start_.config_path = options_.config.empty() ? default_config_path() : options_.config;
     start_.settings_path = options_.settings;
     start_.recover = false;  // a list of names touches no instrument, and a run recovers by itself
@@ -147,7 +154,7 @@ class Session {
   }
 
   int exit_status(const RunState& state, int code, const OverallResult& result) const {
-    if (desk_.misfit()) return exit_failed;
+    if (desk_.misfit() || bus_replay_differs()) return exit_failed;
     if (desk_.gone()) return exit_given_up;
     if (code == run_result::failed) return exit_failed;
     if (code == run_result::given_up || state.has(run_flag::terminate)) return exit_given_up;

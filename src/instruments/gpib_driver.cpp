@@ -1,6 +1,7 @@
 #include "instruments/gpib_driver.h"
 
 #include <string_view>
+#include <utility>
 
 #include "config/startup_config.h"
 #include "platform/library.h"
@@ -134,9 +135,9 @@ const std::string& gpib_library_fault() {
 
 const GpibDriver& gpib_driver() { return installed != nullptr ? *installed : gpib_library(); }
 
-void set_gpib_driver(const GpibDriver* driver) {
-  installed = driver;
+const GpibDriver* set_gpib_driver(const GpibDriver* driver) {
   if (driver == nullptr) library = nullptr;
+  return std::exchange(installed, driver);
 }
 
 }  // namespace orvane

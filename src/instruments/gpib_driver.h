@@ -52,7 +52,8 @@ struct GpibDriver {
 /// and whose status words say "system error", so that the check of each call fails; gpib_library_fault() then says why.
 /// Tests and the record of the traffic put a driver of their own in its place.
 const GpibDriver& gpib_driver();
-void set_gpib_driver(const GpibDriver* driver);  // null: the library, loaded anew
+/// Gives what stood in the library's place until now, or null. With null the library is loaded anew.
+const GpibDriver* set_gpib_driver(const GpibDriver* driver);
 
 /// The library of the key "ib_driver", whatever stands in its place.
 const GpibDriver& gpib_library();

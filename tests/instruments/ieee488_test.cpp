@@ -179,5 +179,106 @@ TEST_F(Bus, TheSimulatedBenchAnswersThroughTheLibrary) {
   EXPECT_EQ(run.registers.mem2, "HP3458A");
 }
 
+// ---- The layer itself ----
+
+class BusLayer : public test::BusTest {
+ protected:
+  using Calls = std::vector<std::string>;
+  BusAddress meter = test::on(0, 22);
+  std::string data;
+};
+
+TEST_F(BusLayer, EveryCallOfABusLine) {
+  const BusAddress uut = test::on(1, 7);
+  EXPECT_TRUE(ib_ren(run, uut) && ib_gtl(run, uut) && ib_llo(run, uut) && ib_trig(run, uut) &&
+              ib_ifc(run, 1));
+  EXPECT_EQ(script.calls,
+            (Calls{"remote 1,7", "local 1,7", "lockout 1,7", "trigger 1,7", "ifc 1", "remote 1"}));
+  EXPECT_FALSE(ib_ifc(run, 2));
+  std::uint8_t status = 0;
+  EXPECT_FALSE(ib_spoll(run, {.flags = 3, .board = 2, .primary = 1}, status));
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{2863, 1936}));
+}
+
+TEST_F(BusLayer, ASlowWriteIsOneByteAtATime) {
+  EXPECT_TRUE(ib_wrt_slow_eoi(run, meter, "ABC", 5, true));
+  EXPECT_EQ(script.calls, (Calls{"send 0,22,0 A", "data 0 B", "data 2 C"}));
+  EXPECT_EQ(clock.slept, 10u);
+  script.calls.clear();
+  raise_abort();
+  EXPECT_FALSE(ib_wrt_slow_eoi(run, meter, "ABC", 5, true));
+  EXPECT_TRUE(script.calls.empty());
+}
+
+TEST_F(BusLayer, ALateAnswerIsClearedBeforeTheNextQuestion) {
+  script.replies = {"!", "2", "!12", "!"};
+  EXPECT_FALSE(ib_rd(run, meter, data, 100));
+  run.flags = 0;
+  script.calls.clear();
+  EXPECT_TRUE(ib_wrt(run, test::on(0, 9), "ID?")) << "another device is not concerned";
+  EXPECT_TRUE(ib_wrt(run, meter, "ID?") && ib_rd(run, meter, data, 100));
+  EXPECT_TRUE(ib_wrt(run, meter, "ID?"));
+  EXPECT_EQ(script.calls, (Calls{"send 0,9,2 ID?", "clear 0,22", "send 0,22,2 ID?", "receive 0,22,256",
+                                 "send 0,22,2 ID?"}));
+  EXPECT_EQ(data, "2");
+
+  EXPECT_FALSE(ib_rd(run, meter, data, 100)) << "unplugged in the middle of its answer";
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{2746, 30901}));
+  run.flags = 0;
+  EXPECT_TRUE(ib_clr(run, meter));
+  startup_config().late_reply_clear = 0;
+  EXPECT_FALSE(ib_rd(run, meter, data, 100));
+  run.flags = 0;
+  script.calls.clear();
+  EXPECT_TRUE(ib_wrt(run, meter, "ID?"));
+  EXPECT_EQ(script.calls, Calls{"send 0,22,2 ID?"});
+}
+
+TEST_F(BusLayer, NothingGoesOutInARunThatStops) {
+  run.set(run_flag::stop_test);
+  bool ended = false;
+  std::uint8_t status = 0;
+  EXPECT_FALSE(ib_wrt(run, meter, "A") || ib_wrt_eoi(run, meter, "A", true) || ib_rd(run, meter, data, 9) ||
+               ib_spoll(run, meter, status) || ib_trd(run, meter, data, 9, '\n', ended));
+  EXPECT_TRUE(script.calls.empty());
+  script.replies = {"x"};
+  EXPECT_TRUE(ib_wrt(run, meter, "A", BusCheck::none) && ib_rd(run, meter, data, 9, BusCheck::none));
+}
+
+TEST_F(BusLayer, ACharacterOrEndEndsAReading) {
+  struct Case {
+    const char* reply;
+    int terminator;
+    bool ended;
+  };
+  for (const Case& c : {Case{"1\n...", '\n', true}, Case{"1...", '\n', false}, Case{"1", '\n', false},
+                        Case{"1...", IeeeState::end_only, false}, Case{"1", IeeeState::end_only, true}}) {
+    script.replies = {c.reply};
+    script.next_reply = 0;
+    bool ended = !c.ended;
+    EXPECT_TRUE(ib_trd(run, meter, data, 10, c.terminator, ended));
+    EXPECT_EQ(ended, c.ended) << c.reply;
+  }
+}
+
+TEST_F(BusLayer, ALibraryIsTakenByWhatItExports) {
+  struct Case {
+    const char* library;
+    int message;
+    const char* names;
+  };
+  // The engine's own tests link no driver: the C library is one that lacks everything.
+  for (const Case& c : {Case{"libm.so.6", 30411, "ibonl"}, Case{"no-such-driver.so", 30410, "no-such"}}) {
+    set_gpib_driver(nullptr);
+    startup_config().ib_driver = c.library;
+    desk.shown.clear();
+    EXPECT_FALSE(ib_init(run));
+    EXPECT_EQ(desk.message_numbers(), (std::vector<int>{c.message, 2740}));
+    EXPECT_NE(desk.of_kind("error")[0].lines[0].find(c.names), std::string::npos);
+    EXPECT_FALSE(ib_clr(run, meter));
+    EXPECT_EQ(desk.message_numbers(), (std::vector<int>{c.message, 2740, 2740})) << "the reason is told once";
+  }
+}
+
 }  // namespace
 }  // namespace orvane

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "config/startup_config.h"
+#include "instruments/device_list.h"
+#include "state/pump.h"
+
 namespace orvane::test {
 
 GpibScript script;
@@ -139,6 +143,29 @@ const GpibDriver& scripted_driver() {
     return d;
   }();
   return table;
+}
+
+BusAddress on(int board, int primary) {
+  return {BusAddress::board_valid | BusAddress::primary_valid, static_cast<std::uint8_t>(board),
+          static_cast<std::uint8_t>(primary), 0};
+}
+DevAddress device(int board, int primary) { return {DeviceInterface::ieee488, on(board, primary), 0}; }
+DevAddress serial_device(int port) { return {DeviceInterface::serial, {}, static_cast<std::uint16_t>(port)}; }
+
+BusTest::BusTest() {
+  script = {};
+  set_gpib_driver(&scripted_driver());
+  startup_config() = StartupConfig();
+  startup_config().ib_nport = 2;
+  startup_config().ib_type = 15;
+  run.demo_mode = false;
+}
+
+BusTest::~BusTest() {
+  clear_abort();
+  set_device_list(std::nullopt);
+  startup_config() = StartupConfig();
+  set_gpib_driver(nullptr);
 }
 
 }  // namespace orvane::test

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "instruments/gpib_driver.h"
+#include "state/bus_state.h"
+#include "support/desk.h"
 
 namespace orvane::test {
 
@@ -30,5 +32,16 @@ struct GpibScript {
 extern GpibScript script;
 
 const GpibDriver& scripted_driver();
+
+BusAddress on(int board, int primary);
+DevAddress device(int board, int primary);  // on the bus
+DevAddress serial_device(int port);
+
+/// Two boards with the scripted driver, and no devices.
+class BusTest : public EngineTest {
+ protected:
+  BusTest();
+  ~BusTest() override;
+};
 
 }  // namespace orvane::test
