@@ -1,6 +1,7 @@
 #include "instruments/bench.h"
 
 #include "instruments/ieee488.h"
+#include "instruments/visa.h"
 
 namespace orvane {
 namespace {
@@ -11,8 +12,11 @@ struct BenchRow {
   void (*end)(RunState& run);
   bool (*reset)(RunState& run);
 };
+bool nothing(RunState&) { return true; }
+
 constexpr BenchRow rows[] = {
     {"IEEE-488", ib_init, ib_end_of_run, ib_reset_devices},
+    {"VISA", nothing, visa_end_of_run, nothing},
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "instruments/bench.h"
 #include "instruments/bus_statements.h"
 #include "instruments/connections.h"
+#include "instruments/reset_list.h"
 #include "platform/files.h"
 #include "procedure/file/memory.h"
 #include "procedure/operator/statements.h"
@@ -81,8 +82,8 @@ std::string default_config_path() {
 
 void engine_install() {
   for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
-                              settings_handlers(), operator_handlers(), bus_handlers(), connection_handlers(),
-                              pipeline_handlers()})
+                              settings_handlers(), operator_handlers(), bus_handlers(), reset_handlers(),
+                              connection_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
