@@ -10,7 +10,6 @@
 #include "console/bus_log_file.h"
 #include "console/command_line.h"
 #include "console/desk.h"
-#include "instruments/bench.h"
 #include "messages/encoding.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -138,9 +137,7 @@ class Session {
   }
 
   static int show_bench(RunState& state) {
-    const bool sound = report_bench(state, out_line);
-    bench_close(state);
-    return sound ? exit_pass : exit_failed;
+    return report_bench(state, out_line) ? exit_pass : exit_failed;
   }
 
   int run_procedure(RunState& state) {

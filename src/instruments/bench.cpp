@@ -10,6 +10,7 @@
 #include "instruments/reset_list.h"
 #include "instruments/serial.h"
 #include "instruments/srq.h"
+#include "instruments/visa.h"
 #include "state/pump.h"
 #include "state/report.h"
 
@@ -152,6 +153,7 @@ void bench_end(RunState& run) {
       return dev_leave(run, row.code, row.address, false);
     }));
   }
+  visa_end_of_run(run);
   ib_end_of_run(run);
 }
 

@@ -68,14 +68,10 @@ int parse_address(std::string_view text, AddressKind kind, DevAddress& address) 
 }
 
 bool for_each_address(std::string_view text, const std::function<bool(std::string_view)>& found) {
-  for (std::size_t at = text.find('['); at != std::string_view::npos; at = text.find('[', at)) {
-    const std::size_t end = text.find(']', at);
-    if (end == std::string_view::npos) return true;
-    const std::string_view inside = trim_blanks(text.substr(at + 1, end - at - 1));
-    if (inside.starts_with('@') && !found(trim_blanks(inside.substr(1)))) return false;
-    at = end;
-  }
-  return true;
+  return for_each_element(text, [&](std::string_view content) {
+    const ElementParts parts = element_parts(content);
+    return parts.word != "@" || found(parts.argument);
+  });
 }
 
 }  // namespace orvane

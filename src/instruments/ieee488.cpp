@@ -170,7 +170,7 @@ bool check(RunState& run, const GpibDriver& driver, const std::string& where) {
   const int code = *driver.iberr;
   if (code == system_fault) {
     const std::string& fault = gpib_library_fault();
-    return run_error(run, 2740, fault.empty() ? msg(30904, where) : fault);
+    return run_error(run, 2740, fault.empty() ? msg(30991, where) : fault);
   }
   for (const FailureRow& row : failure_rows) {
     if (row.iberr == code) return run_error(run, row.message, where);

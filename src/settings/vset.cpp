@@ -35,6 +35,8 @@ bool is_switch(std::string_view value) {
   return value == "YES" || value == "NO" || value == "1" || value == "0";
 }
 
+bool is_yes_or_no(std::string_view value) { return value == "YES" || value == "NO"; }
+
 bool is_nothing_else(std::string_view) { return false; }
 
 struct NameRow {
@@ -43,15 +45,11 @@ struct NameRow {
 };
 constexpr NameRow names[] = {
     {all_names, is_nothing_else},  // takes "*" alone
-    {math_epsilon_name, is_math_epsilon},
-    {"SrqDelay", is_srq_wait},
-    {"SrqHoldOff", is_srq_wait},
-    {"SrqRetry", is_srq_retry},
-    {"PTF_HP3458A", is_switch},
-    {"PTF_HP34401A", is_switch},
-    {"PTF_HP34420A", is_switch},
-    {"PTF_K2000", is_switch},
-    {"PTF_K2001", is_switch},
+    {"ResetUUT", is_yes_or_no},   {math_epsilon_name, is_math_epsilon},
+    {"SrqDelay", is_srq_wait},    {"SrqHoldOff", is_srq_wait},
+    {"SrqRetry", is_srq_retry},   {"PTF_HP3458A", is_switch},
+    {"PTF_HP34401A", is_switch},  {"PTF_HP34420A", is_switch},
+    {"PTF_K2000", is_switch},     {"PTF_K2001", is_switch},
     {"PTF_K2002", is_switch},
 };
 

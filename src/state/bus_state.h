@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace orvane {
 
@@ -61,6 +62,15 @@ struct PortState {
   std::uint32_t timeout = 0;  // milliseconds, 0 for no limit
   std::uint16_t input_terminator = start_terminator;
   std::uint16_t output_terminator = start_terminator;
+  std::string block;  // bytes of the latest block read
+};
+
+/// What VISA keeps: handles of the library, 0 while they are closed.
+struct VisaState {
+  std::uint32_t manager = 0;  // the resource manager's session
+  std::uint32_t session = 0;  // the instrument's
+  BusAddress bus;             // of the instrument in session, where it is on an IEEE-488 bus
+  std::string text;           // of the statement so far: it runs at its last record
 };
 
 }  // namespace orvane

@@ -169,6 +169,7 @@ struct RunState {
   ResultLog log;
   IeeeState ieee;
   PortState port;
+  VisaState visa;
   SerialState serial;
   std::vector<ResetNode> reset_list;  // in the order of their first use
   ConnectionTable connections;

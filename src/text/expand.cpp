@@ -5,6 +5,7 @@
 
 #include "config/startup_config.h"
 #include "state/fsc.h"
+#include "state/pump.h"
 #include "state/report.h"
 #include "state/run_variables.h"
 #include "values/math/variables.h"
@@ -22,14 +23,9 @@ bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 std::string_view name_of(const FscRecord& record) { return fsc_name(fsc_ordinal(record.code())); }
 
-// An element taken apart: its letters in capitals (with "$" and "!" behind them, or "@" alone) and what follows.
-struct Element {
-  std::string word;
-  std::string_view argument;
-};
-
-Element take_apart(std::string_view content) {
-  Element element;
+// Letters in capitals, with "$" and "!" behind them, or "@" alone.
+ElementParts take_apart(std::string_view content) {
+  ElementParts element;
   content = trim_blanks(content);
   std::size_t i = 0;
   if (content.starts_with('@')) {
@@ -176,30 +172,41 @@ struct InsertRow {
   std::string_view word;
   bool (*insert)(RunState& run, std::string_view argument, std::string& out);
   bool (*offered)(std::uint16_t code) = anywhere;
-  bool reports = false;  // tells by itself why it failed
+  bool reports = false;   // tells by itself why it failed
+  bool is_value = false;  // stands for a value of the run
 };
 constexpr InsertRow insert_rows[] = {
-    {"MEM", insert_mem},
-    {"M", insert_m},
-    {"L", insert_l},
+    {"MEM", insert_mem, anywhere, false, true},
+    {"M", insert_m, anywhere, false, true},
+    {"L", insert_l, anywhere, false, true},
     {"", insert_byte},
     {"X", insert_hex},
-    {"V", insert_variable, anywhere, true},
-    {"SREG", insert_s},
-    {"S", insert_s, but_on_the_bus},
+    {"V", insert_variable, anywhere, true, true},
+    {"SREG", insert_s, anywhere, false, true},
+    {"S", insert_s, but_on_the_bus, false, true},
     {"N", insert_new_line, is_shown},
     {"NO", insert_goes_on, is_shown},
     {"DRAW", insert_frame, is_shown},
 };
 
-// Hexadecimal digits behind "X" may be letters: they belong to the argument.
-Element element_of(std::string_view content) {
-  Element element = take_apart(content);
-  if (element.word.size() > 1 && element.word[0] == 'X') {
-    const std::string_view trimmed = trim_blanks(content);
-    element = {"X", trim_blanks(trimmed.substr(1))};
+bool must_stop(const RunState& run) { return run.stopped() || abort_requested(); }
+
+const InsertRow* insert_row(std::string_view word, std::uint16_t code) {
+  for (const InsertRow& row : insert_rows) {
+    if (row.word == word && row.offered(code)) return &row;
   }
-  return element;
+  return nullptr;
+}
+
+// As an element of its own, what would begin one or end the text.
+void append_escaped(std::string& out, std::string_view value) {
+  for (const char c : value) {
+    if (c == '[' || c == '{' || c == '}' || c == '\0') {
+      out += '[' + std::to_string(static_cast<int>(c)) + ']';
+    } else {
+      out += c;
+    }
+  }
 }
 
 class Expansion {
@@ -210,7 +217,7 @@ class Expansion {
 
   bool work() {
     out_.clear();
-    while (!cursor_.done() && !stopped_at_action_) {
+    while (!cursor_.done() && !ends_here_) {
       const char c = cursor_.text[cursor_.at];
       bool ok = true;
       if (c == '[') {
@@ -234,7 +241,7 @@ class Expansion {
 
   // The content of the element at the cursor, which is moved behind it. False after a report.
   bool content(std::string_view& inside, std::size_t& behind) {
-    const std::size_t end = cursor_.text.find(']', cursor_.at);
+    const std::size_t end = element_end(cursor_.text, cursor_.at);
     if (end == std::string_view::npos) return run_error(run_, 30400, cursor_.text.substr(cursor_.at));
     inside = cursor_.text.substr(cursor_.at + 1, end - cursor_.at - 1);
     behind = end + 1;
@@ -245,21 +252,20 @@ class Expansion {
     std::string_view inside;
     std::size_t behind = 0;
     if (!content(inside, behind)) return false;
-    const Element found = element_of(inside);
-    for (const InsertRow& row : insert_rows) {
-      if (row.word != found.word || !row.offered(record_.code())) continue;
+    const ElementParts found = element_parts(inside);
+    if (const InsertRow* row = insert_row(found.word, record_.code()); row != nullptr) {
       cursor_.at = behind;
-      goes_on_ = row.insert == insert_goes_on && cursor_.done();
-      return row.insert(run_, found.argument, out) || (!row.reports && refuse(inside));
+      goes_on_ = row->insert == insert_goes_on && cursor_.done();
+      return row->insert(run_, found.argument, out) || (!row->reports && refuse(inside));
     }
     for (const ElementAction& action : actions_) {
       if (action.word != found.word || !may_act) continue;
-      if (!out.empty()) {
-        stopped_at_action_ = true;
-        return true;
-      }
+      ends_here_ = !out.empty();
+      if (ends_here_) return true;
       cursor_.at = behind;
-      return action.act(run_, record_, found.argument);
+      const bool done = action.act(run_, record_, found.argument);
+      ends_here_ = must_stop(run_);
+      return done;
     }
     return run_error(run_, 1935, name_of(record_), inside);
   }
@@ -294,8 +300,8 @@ class Expansion {
   TextCursor& cursor_;
   std::span<const ElementAction> actions_;
   std::string& out_;
-  bool stopped_at_action_ = false;
-  bool goes_on_ = false;  // the text ended in [NO]
+  bool ends_here_ = false;  // in front of an action, or behind one with which the run stops
+  bool goes_on_ = false;    // the text ended in [NO]
 };
 
 }  // namespace
@@ -317,6 +323,60 @@ bool expand_line(RunState& run, const FscRecord& record, std::string_view text, 
 bool expand_text(RunState& run, const FscRecord& record, std::string_view text, std::string& out) {
   bool goes_on = false;
   return expand_line(run, record, text, out, goes_on);
+}
+
+// Hexadecimal digits behind "X" may be letters: they belong to the argument.
+ElementParts element_parts(std::string_view content) {
+  ElementParts element = take_apart(content);
+  if (element.word.size() > 1 && element.word[0] == 'X') {
+    const std::string_view trimmed = trim_blanks(content);
+    element = {"X", trim_blanks(trimmed.substr(1))};
+  }
+  return element;
+}
+
+std::size_t element_end(std::string_view text, std::size_t at) {
+  constexpr std::string_view quoted = "']'";
+  for (std::size_t i = at; i < text.size(); ++i) {
+    if (text[i] == ']') return i;
+    if (text.substr(i).starts_with(quoted)) i += quoted.size() - 1;
+  }
+  return std::string_view::npos;
+}
+
+bool for_each_element(std::string_view text, const std::function<bool(std::string_view)>& found) {
+  for (std::size_t at = text.find('['); at != std::string_view::npos; at = text.find('[', at)) {
+    const std::size_t end = element_end(text, at);
+    if (end == std::string_view::npos) return true;
+    if (!found(text.substr(at + 1, end - at - 1))) return false;
+    at = end;
+  }
+  return true;
+}
+
+bool insert_values(RunState& run, const FscRecord& record, std::string_view text, std::string& out) {
+  out.clear();
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t open = std::min(text.find('[', at), text.size());
+    out += text.substr(at, open - at);
+    if (open == text.size()) break;
+    const std::size_t end = element_end(text, open);
+    if (end == std::string_view::npos) return run_error(run, 30400, text.substr(open));
+    const std::string_view inside = text.substr(open + 1, end - open - 1);
+    const ElementParts found = element_parts(inside);
+    const InsertRow* row = insert_row(found.word, record.code());
+    if (row != nullptr && row->is_value) {
+      std::string value;
+      if (!row->insert(run, found.argument, value))
+        return !row->reports && run_error(run, 30401, inside, name_of(record));
+      append_escaped(out, value);
+    } else {
+      out += text.substr(open, end + 1 - open);
+    }
+    at = end + 1;
+    if (out.size() > expansion_limit) return run_error(run, 1901, name_of(record), expansion_limit);
+  }
+  return out.size() <= expansion_limit || run_error(run, 1901, name_of(record), expansion_limit);
 }
 
 std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high) {

@@ -19,6 +19,7 @@
 // and actions happen in their written order.
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,7 +31,6 @@ namespace orvane {
 /// An element that acts. `word` is its letters in capitals and the signs that belong to them ("I", "I$", "@").
 struct ElementAction {
   std::string_view word;
-  const char* function;  // how messages name it
   /// `argument` is what follows the word, without blanks around it. False after a report.
   bool (*act)(RunState& run, const FscRecord& record, std::string_view argument);
 };
@@ -46,7 +46,7 @@ struct TextCursor {
 constexpr std::size_t expansion_limit = 4152;
 
 /// Expands from the cursor up to the end or to an action that has text in front of it; actions without text in front
-/// run. False after a report.
+/// run. An action behind which the run is to stop is the last one. False after a report.
 [[nodiscard]] bool expand(RunState& run, const FscRecord& record, TextCursor& cursor,
                           std::span<const ElementAction> actions, std::string& out);
 
@@ -57,6 +57,25 @@ constexpr std::size_t expansion_limit = 4152;
 /// The same for one record of several; `goes_on`: the text ends in [NO], the next record belongs to this line.
 [[nodiscard]] bool expand_line(RunState& run, const FscRecord& record, std::string_view text,
                                std::string& out, bool& goes_on);
+
+/// The content of an element taken apart: its word, as in ElementAction, empty for a number; and what follows it.
+struct ElementParts {
+  std::string word;
+  std::string_view argument;
+};
+ElementParts element_parts(std::string_view content);
+
+/// Where the element that opens at `at` is closed, or npos. A "]" in quotes does not close it: [TERM ']'].
+std::size_t element_end(std::string_view text, std::size_t at);
+
+/// Calls `found` with the content of every element of a text, in their order, until it returns false. An element that
+/// is not closed ends the search. False if `found` did.
+bool for_each_element(std::string_view text, const std::function<bool(std::string_view content)>& found);
+
+/// Replaces the elements that stand for a value of the run (registers and variables) and keeps all others as they are.
+/// What is inserted is data: a bracket or brace in it becomes an element of its own byte. False after a report.
+[[nodiscard]] bool insert_values(RunState& run, const FscRecord& record, std::string_view text,
+                                 std::string& out);
 
 /// An unsigned decimal number that is the whole of `text`, within the limits; nothing otherwise.
 std::optional<std::uint32_t> element_number(std::string_view text, std::uint32_t low, std::uint32_t high);

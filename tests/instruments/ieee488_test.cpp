@@ -1,7 +1,7 @@
 #include "instruments/ieee488.h"
 
 #include "config/startup_config.h"
-#include "instruments/bus_statements.h"
+#include "instruments/bus_elements.h"
 #include "instruments/gpib_driver.h"
 #include "procedure/pipeline/run_test.h"
 #include "state/pump.h"

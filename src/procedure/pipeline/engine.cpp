@@ -13,12 +13,14 @@
 #include "instruments/connections.h"
 #include "instruments/driver_table.h"
 #include "instruments/drivers/drivers.h"
+#include "instruments/reset_list.h"
 #include "platform/files.h"
 #include "procedure/file/memory.h"
 #include "procedure/operator/statements.h"
 #include "procedure/pipeline/run_ends.h"
 #include "procedure/run/dispatch.h"
 #include "procedure/run/flow.h"
+#include "procedure/run/post_test.h"
 #include "settings/vset.h"
 #include "state/debug.h"
 #include "state/error_log.h"
@@ -85,10 +87,11 @@ std::string default_config_path() {
 
 void engine_install() {
   drivers_sound = drivers_install(all_drivers());
-  for (const auto handlers :
-       {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(), settings_handlers(),
-        operator_handlers(), bus_handlers(), connection_handlers(), driver_handlers(), pipeline_handlers()})
+  for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
+                              settings_handlers(), operator_handlers(), bus_handlers(), reset_handlers(),
+                              connection_handlers(), driver_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
+  post_test_install_standby(bench_standby);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
 }
@@ -110,6 +113,7 @@ bool engine_start(RunState& run, const EngineStart& start) {
 void engine_make_safe() { bench_end(run_state()); }
 
 void engine_stop() {
+  bench_close(run_state());
   free_all_procedures();
   debug_log_close();
   error_log_use({});

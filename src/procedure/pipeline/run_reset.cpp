@@ -2,7 +2,9 @@
 
 #include "config/startup_config.h"
 #include "functions/functions.h"
+#include "instruments/bus_statements.h"
 #include "instruments/connections.h"
+#include "instruments/reset_list.h"
 #include "platform/platform.h"
 #include "procedure/run/blocks.h"
 #include "procedure/run/capture.h"
@@ -46,7 +48,6 @@ void reset_calls(RunState& run) {
   run.call_depth = 0;
 }
 void reset_abort(RunState&) { clear_abort(); }
-void reset_bus(RunState& run) { run.ieee = IeeeState(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
 void reset_standards(RunState& run) { run.pipeline.standards_used.clear(); }
@@ -76,7 +77,8 @@ constexpr RunResetRow rows[] = {
     {"count of adjustments", reset_adjustments, ResetWhen::always},
     {"standards of the run", reset_standards, ResetWhen::always},
     {"times", reset_times, ResetWhen::always},
-    {"bus statements", reset_bus, ResetWhen::always},
+    {"bus statements", bus_statements_reset, ResetWhen::always},
+    {"RESET lists", reset_clear, ResetWhen::always},
     {"connections", con_clear, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };

@@ -5,6 +5,7 @@
 
 #include "config/startup_config.h"
 #include "instruments/bus_address.h"
+#include "instruments/reset_list.h"
 #include "instruments/standards.h"
 #include "platform/files.h"
 #include "procedure/file/ascii.h"
@@ -182,7 +183,9 @@ bool scan_statement(RunState& run, const ProcNode& node) {
     if (row.code == code) return row.scan(run, node);
   }
   for (const BusRow& row : bus_rows) {
-    if (row.code == code) return scan_addresses(run, *node.record, row.kind);
+    if (row.code == code)
+      return scan_addresses(run, *node.record, row.kind) &&
+             (code != fsc::reset || reset_check(run, *node.record));
   }
   return scan_instrument(run, node);
 }

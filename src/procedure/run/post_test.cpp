@@ -90,10 +90,18 @@ class PostTest {
     pump_messages();
     int request = standby_request::all;
     if (stopped_) request |= standby_request::after_stop;
+    if (uut_stays()) request |= standby_request::keep_uut;
     if (standby_hook == nullptr || standby_hook(run_, request)) return true;
     run_error(run_, 4704, occasion);
     run_.set(run_flag::terminate);
     return false;
+  }
+
+  // A procedure that only asks for leads may leave the unit under test as it is from test to test.
+  bool uut_stays() {
+    constexpr std::uint32_t others = ask_option::R | ask_option::N | ask_option::Q;
+    if (show_ || !run_.asks(ask_option::W) || run_.asks(others)) return false;
+    return vset_get(run_, "ResetUUT").value_or("") == "NO";
   }
 
   // The result goes to the board, the log and the list; then the settings of this test lapse.
