@@ -96,7 +96,7 @@ bool act_note(RunState&, const FscRecord&, std::string_view argument) {
 }
 
 TEST_F(Expand, ActionsWaitForTheTextInFront) {
-  const ElementAction actions[] = {{"D", "eval_delay", act_note}, {"I$", "eval_input", act_note}};
+  const ElementAction actions[] = {{"D", act_note}, {"I$", act_note}};
   done.clear();
   TextCursor cursor{"[D 1]A[MEM][D 2][i$]B", 0};
   std::string out;
