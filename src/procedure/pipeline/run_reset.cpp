@@ -47,6 +47,8 @@ void reset_calls(RunState& run) {
 }
 void reset_abort(RunState&) { clear_abort(); }
 void reset_bus(RunState& run) { run.ieee = IeeeState(); }
+void reset_modifiers(RunState& run) { run.modifiers.clear(); }
+void reset_samples(RunState& run) { run.samples = SampleLoop(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
 void reset_standards(RunState& run) { run.pipeline.standards_used.clear(); }
@@ -78,6 +80,8 @@ constexpr RunResetRow rows[] = {
     {"times", reset_times, ResetWhen::always},
     {"bus statements", reset_bus, ResetWhen::always},
     {"connections", con_clear, ResetWhen::always},
+    {"settings of modifier statements", reset_modifiers, ResetWhen::always},
+    {"repeated measurement", reset_samples, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };
 
