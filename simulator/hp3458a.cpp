@@ -24,7 +24,7 @@ constexpr FunctionRow function_rows[] = {{"DCV", 1000, 1000}, {"ACV", 700, 1000}
 
 // Commands that set the meter up without a bearing on the reading.
 constexpr const char* set_up_words[] = {"END",   "NPLC",  "MATH",    "ACBAND", "FSOURCE", "SMATH", "SETACV",
-                                        "AZERO", "OCOMP", "LFILTER", "FIXEDZ", "MEM",     "DELAY", "NDIG",
+                                        "AZERO", "OCOMP", "LFILTER", "FIXEDZ", "MEM",     "DELAY", "NDIG", "SSRC",
                                         "NRDGS", "LEVEL", "DISP",    "BEEP",   "OFORMAT", "INBUF"};
 
 const FunctionRow* function_row(std::string_view word) {

@@ -30,13 +30,14 @@ std::optional<double> MeterInput::wired(const std::string& function) const {
 }
 
 double MeterInput::applied(const std::string& function, double expected) const {
-  if (const auto value = wired(function)) return *value;
   const auto found = functions_.find(function);
-  if (found == functions_.end()) return expected;
-  for (const MeterFunction::Input& input : found->second.inputs) {
-    if (std::fabs(input.expected - expected) <= same_point * std::fabs(input.expected)) return input.applied;
+  if (found != functions_.end()) {
+    for (const MeterFunction::Input& input : found->second.inputs) {
+      if (std::fabs(input.expected - expected) <= same_point * std::fabs(input.expected)) return input.applied;
+    }
   }
-  return found->second.applied.value_or(expected);
+  if (const auto value = wired(function)) return *value;
+  return found != functions_.end() ? found->second.applied.value_or(expected) : expected;
 }
 
 double MeterInput::read(const std::string& function, double expected) {
