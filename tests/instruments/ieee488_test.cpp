@@ -267,8 +267,11 @@ TEST_F(BusLayer, ALibraryIsTakenByWhatItExports) {
     int message;
     const char* names;
   };
-  // The engine's own tests link no driver: the C library is one that lacks everything.
-  for (const Case& c : {Case{"libm.so.6", 30411, "ibonl"}, Case{"no-such-driver.so", 30410, "no-such"}}) {
+  // The mathematical library is one that lacks everything.
+  const char* simulator = ORVANE_BINARY_DIR "/bin/libgpibsim.so";
+  startup_config().ib_copyright = "IEEE-488.2 language interface of somebody else. Copyright 1994.";
+  for (const Case& c : {Case{"libm.so.6", 30411, "ibonl"}, Case{"no-such-driver.so", 30410, "no-such"},
+                        Case{simulator, 30900, "of somebody else"}}) {
     set_gpib_driver(nullptr);
     startup_config().ib_driver = c.library;
     desk.shown.clear();
