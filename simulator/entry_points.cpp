@@ -22,9 +22,11 @@
 ENTRY int user_ibsta;
 ENTRY int user_iberr;
 ENTRY long user_ibcntl;
+ENTRY const char CopyrightString[];
 int user_ibsta = 0;
 int user_iberr = 0;
 long user_ibcntl = 0;
+const char CopyrightString[] = "IEEE-488.2 language interface for Orvane Run Time. Copyright 2026.";
 
 namespace {
 

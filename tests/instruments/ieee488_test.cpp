@@ -266,9 +266,12 @@ TEST_F(BusLayer, ALibraryIsTakenByWhatItExports) {
     const char* library;
     const char* reason;
   };
-  // The engine's own tests link no driver: the C library is one that lacks everything.
+  // The mathematical library is one that lacks everything.
+  const char* simulator = ORVANE_BINARY_DIR "/bin/libgpibsim.so";
+  startup_config().ib_copyright = "IEEE-488.2 language interface of somebody else. Copyright 1994.";
   for (const Case& c : {Case{"libm.so.6", "lacks the function \"ibonl\""},
-                        Case{"no-such-driver.so", "\"no-such-driver.so\" cannot be loaded"}}) {
+                        Case{"no-such-driver.so", "\"no-such-driver.so\" cannot be loaded"},
+                        Case{simulator, "of somebody else"}}) {
     set_gpib_driver(nullptr);
     startup_config().ib_driver = c.library;
     desk.shown.clear();
