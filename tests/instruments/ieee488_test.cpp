@@ -1,7 +1,6 @@
 #include "instruments/ieee488.h"
 
 #include "config/startup_config.h"
-#include "instruments/bus_elements.h"
 #include "instruments/gpib_driver.h"
 #include "procedure/pipeline/run_test.h"
 #include "state/pump.h"
@@ -55,17 +54,6 @@ TEST(BusTimeout, TakesTheSmallestStandardValue) {
                         Case{301, 11}, Case{500, 11}, Case{1000, 11}, Case{15000, 14}, Case{300000, 16},
                         Case{300001, 17}, Case{4000000000U, 17}})
     EXPECT_EQ(ib_timeout_code(c.milliseconds), c.code) << c.milliseconds;
-}
-
-TEST(BusReply, TheFirstNumberOfAReply) {
-  struct Case {
-    const char* reply;
-    double value;
-  };
-  for (const Case& c :
-       {Case{"DC  -1.5E-3 V", -0.0015}, Case{"OVLD", 0}, Case{"+ 12", 12}, Case{"-  .5", -0.5},
-        Case{"NDCV+1.0E0", 1}, Case{"", 0}, Case{"- -5", 0}, Case{"x1e", 1}})
-    EXPECT_EQ(number_in_reply(c.reply), c.value) << c.reply;
 }
 
 TEST_F(Bus, TheBoardIsConfiguredOnceAndClearedForEachRun) {

@@ -188,7 +188,10 @@ struct Table {
   std::string_view kinds;
 };
 constexpr const char* math_codes = "src/values/math/codes.cpp";
-constexpr const char* bus = "src/instruments/bus_statements.cpp";
+constexpr const char* bus_elements = "src/instruments/bus_elements_ieee.cpp";
+constexpr const char* ieee2 = "src/instruments/ieee2.cpp";
+constexpr const char* ports = "src/instruments/port_statements.cpp";
+constexpr const char* visa = "src/instruments/visa.cpp";
 constexpr const char* addresses = "src/instruments/bus_address.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
 constexpr const char* assets = "src/instruments/device_assets.cpp";
@@ -209,9 +212,23 @@ const Table tables[] = {
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},
     {"src/functions/register_functions.cpp", "message", "src/functions/register_functions.cpp",
      R"(\b[mls]_message = (\d+))", "ddd"},
-    {bus, "wrong != 0 ? wrong : 1904", addresses, R"(return (190\d);)", "s"},
-    {bus, "wrong != 0 ? wrong : 1904", bus, R"(wrong : (\d+))", "s"},
-    {bus, "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {bus_elements, "wrong != 0 ? wrong : 1904", addresses, R"(return (190\d);)", "s"},
+    {bus_elements, "wrong != 0 ? wrong : 1904", bus_elements, R"(wrong : (\d+))", "s"},
+    {bus_elements, "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {bus_elements, "failure", bus_elements, R"(eval_line<\w+, (\d+)>)", "d"},
+    {bus_elements, "srq_failure(outcome)", bus_elements, R"(return (1\d{3});)", "d"},
+    {"src/instruments/bus_elements.cpp", "source.too_long", bus_elements, R"(source = \{(\d+),)", "d"},
+    {"src/instruments/bus_elements.cpp", "source.too_long", ports, R"(source = \{(\d+),)", "d"},
+    {"src/instruments/bus_elements.cpp", "source.too_long", visa, R"(source = \{(\d+),)", "d"},
+    {ports, "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {visa, "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {"src/instruments/reset_list.cpp", "wrong", addresses, R"(return (\d{3,});)", "s"},
+    {ieee2, "row.message", ieee2, R"(\{0x\w+, (5\d\d)\})", "dd"},
+    {ieee2, "messages.not_acknowledged", ieee2, R"(_messages = \{(\d+),)", "dd"},
+    {ieee2, "messages.timed_out", ieee2, R"(_messages = \{\d+, (\d+),)", "dd"},
+    {ieee2, "messages.wrong_board", ieee2, R"(_messages = \{\d+, \d+, (\d+),)", "dd"},
+    {ieee2, "messages.other", ieee2, R"(_messages = \{\d+, \d+, \d+, (\d+),)", "dd"},
+    {ieee2, "messages.given_up", ieee2, R"(_messages = .*, (\d+)\};)", "dd"},
     {"src/procedure/pipeline/scan_statements.cpp", "wrong", addresses, R"(return (\d{3,});)", "s"},
     {"src/procedure/pipeline/entry_forms.cpp", "label", "src/procedure/pipeline/entry_forms.cpp",
      R"(\$", (3064\d),)", ""},
