@@ -319,6 +319,12 @@ std::optional<int> ConsoleDesk::entered(Waiting& window, const std::string& entr
   return std::nullopt;
 }
 
+void ConsoleDesk::end_of_input() {
+  tell_fault(msg(30509));
+  gone_ = true;
+  raise_abort();
+}
+
 std::optional<std::string> ConsoleDesk::read_entry(const Waiting& window, std::string_view prompt,
                                                    int& left) {
   std::fputs(utf8_from_cp1252(prompt).c_str(), stdout);
@@ -336,11 +342,7 @@ std::optional<std::string> ConsoleDesk::read_entry(const Waiting& window, std::s
   beeper = nullptr;
   if (end == LineEnd::line) return cp1252_from_either(entry);
   print("");
-  if (end == LineEnd::end) {
-    tell_fault(msg(30509));
-    gone_ = true;
-    raise_abort();
-  }
+  if (end == LineEnd::end) end_of_input();
   left = leave(window);
   return std::nullopt;
 }

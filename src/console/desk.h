@@ -1,5 +1,6 @@
 // The operator's windows at a terminal: printed with their lines and numbered buttons, answered from the keyboard or
-// from an answers file, and written to a transcript. Lists are in desk_list.cpp, forms in desk_form.cpp.
+// from an answers file, and written to a transcript. Lists are in desk_list.cpp, forms in desk_form.cpp, live values in
+// desk_live.cpp.
 #pragma once
 
 #include <cstdint>
@@ -35,6 +36,7 @@ class ConsoleDesk : public Operator {
   int form(FormWindow& window) override;
   int test(const TestWindow& window) override;
   std::unique_ptr<WaitWindow> wait(const WaitText& text) override;
+  std::unique_ptr<LiveWindow> live(const LinesWindow& window) override;
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
   void result_note(std::string_view text, int colour) override;
@@ -54,6 +56,7 @@ class ConsoleDesk : public Operator {
   StatusLine& status_line() { return status_line_; }
 
  private:
+  friend class ConsoleLive;
   // One window that waits: what it offers, and where typed text or a chosen row goes.
   struct Waiting {
     std::string_view kind;
@@ -80,6 +83,7 @@ class ConsoleDesk : public Operator {
   int from_answer(Waiting& window, const Answer& answer);
   int from_terminal(Waiting& window);
   int leave(const Waiting& window);  // the operator is gone
+  void end_of_input();
   int refuse(const Waiting& window, int line);
   int misfit(const Waiting& window);
   /// What the operator types behind a prompt. Nothing if the window is left by it: `left` is then its answer.

@@ -22,6 +22,7 @@ class ReportCollector : public Operator {
   int form(FormWindow&) override { return answer::failed; }
   int test(const TestWindow&) override { return answer::failed; }
   std::unique_ptr<WaitWindow> wait(const WaitText&) override { return std::make_unique<NoWindow>(); }
+  std::unique_ptr<LiveWindow> live(const LinesWindow&) override { return nullptr; }
   void status(int, std::string_view) override {}
   void result(const ResultLine&) override {}
   void result_note(std::string_view, int) override {}

@@ -9,6 +9,7 @@
 #include "desktop/choice_window.h"
 #include "desktop/form_window.h"
 #include "desktop/lines_window.h"
+#include "desktop/live_window.h"
 #include "desktop/main_window.h"
 #include "desktop/results_window.h"
 #include "desktop/test_window.h"
@@ -61,6 +62,31 @@ class DesktopWait : public WaitWindow {
   DesktopDesk& desk_;
 };
 
+// Live values; without a main window, or once the operator has left, the first look gives up.
+class DesktopLive : public LiveWindow {
+ public:
+  DesktopLive(DesktopDesk& desk, const LinesWindow& window) : desk_(desk) {
+    if (desk_.main_ == nullptr || desk_.gone()) return;
+    the(desk_.live_, desk_.main_).open(window);
+    if (platform().events != nullptr) platform().events->turn();  // it is seen before the first value
+  }
+  ~DesktopLive() override {
+    if (desk_.live_ != nullptr) desk_.live_->hide();
+  }
+  DesktopLive(const DesktopLive&) = delete;
+  DesktopLive& operator=(const DesktopLive&) = delete;
+
+  void post(std::string_view value) override {
+    if (desk_.live_ != nullptr) desk_.live_->show_value(value);
+  }
+  int poll() override {
+    return desk_.live_ == nullptr || desk_.gone() ? answer::terminate : desk_.live_->pressed();
+  }
+
+ private:
+  DesktopDesk& desk_;
+};
+
 DesktopDesk::DesktopDesk() = default;
 DesktopDesk::~DesktopDesk() = default;
 
@@ -74,6 +100,7 @@ void DesktopDesk::close() {
   form_.reset();
   test_.reset();
   wait_.reset();
+  live_.reset();
   main_ = nullptr;
 }
 
@@ -126,6 +153,10 @@ int DesktopDesk::test(const TestWindow& window) {
 
 std::unique_ptr<WaitWindow> DesktopDesk::wait(const WaitText& text) {
   return std::make_unique<DesktopWait>(*this, text);
+}
+
+std::unique_ptr<LiveWindow> DesktopDesk::live(const LinesWindow& window) {
+  return std::make_unique<DesktopLive>(*this, window);
 }
 
 void DesktopDesk::show_newest_wait() {

@@ -15,6 +15,7 @@ class ChoiceBox;
 class DesktopWait;
 class FormBox;
 class LinesBox;
+class LiveBox;
 class MainWindow;
 class MessageBox;
 class TestBox;
@@ -51,6 +52,7 @@ class DesktopDesk : public Operator {
   int form(FormWindow& window) override;
   int test(const TestWindow& window) override;
   std::unique_ptr<WaitWindow> wait(const WaitText& text) override;
+  std::unique_ptr<LiveWindow> live(const LinesWindow& window) override;
   bool is_watched() const override { return !gone_; }
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
@@ -61,6 +63,7 @@ class DesktopDesk : public Operator {
 
  private:
   friend class DesktopWait;
+  friend class DesktopLive;
   void show_newest_wait();
 
   MainWindow* main_ = nullptr;
@@ -72,6 +75,7 @@ class DesktopDesk : public Operator {
   std::unique_ptr<FormBox> form_;
   std::unique_ptr<TestBox> test_;
   std::unique_ptr<WaitBox> wait_;
+  std::unique_ptr<LiveBox> live_;
   std::vector<DesktopWait*> waits_;  // open ones; the window shows the newest
   bool gone_ = false;
 };

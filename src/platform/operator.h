@@ -180,6 +180,16 @@ struct WaitText {
   bool abort_button = false;
 };
 
+/// A window of live values: open while the object lives, beside a statement that measures on.
+class LiveWindow {
+ public:
+  virtual ~LiveWindow() = default;
+  /// Shows a value in place of the one before.
+  virtual void post(std::string_view value) = 0;
+  /// The code of the button that was pressed; 0 while none was.
+  virtual int poll() = 0;
+};
+
 /// Rows of the status board. The heading may be several lines, joined with line breaks; an empty text clears a row.
 namespace status_row {
 constexpr int procedure = 1020, revision = 1021, operator_name = 1022, mode = 1023, heading = 1025;
@@ -226,6 +236,8 @@ class Operator {
   virtual int test(const TestWindow& window) = 0;
   /// Never null.
   virtual std::unique_ptr<WaitWindow> wait(const WaitText& text) = 0;
+  /// Null if it could not be shown. The window's lines stay beside the values.
+  virtual std::unique_ptr<LiveWindow> live(const LinesWindow& window) = 0;
   /// False if nobody watches: pauses that only leave a text on the screen for a while are then passed over.
   virtual bool is_watched() const { return true; }
 

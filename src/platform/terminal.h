@@ -16,6 +16,9 @@ enum class LineEnd {
 /// arrives; what was typed before an interruption is lost.
 LineEnd terminal_read_line(std::string& line, bool (*stop)());
 
+/// The same without waiting: `interrupted` while no whole line is there; what was typed of one so far stays.
+LineEnd terminal_try_line(std::string& line);
+
 /// Is standard input, output or error a terminal?
 bool terminal_input();
 bool terminal_output();

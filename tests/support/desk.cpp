@@ -26,6 +26,25 @@ class WaitDouble : public WaitWindow {
   bool pressed_;
 };
 
+// The values follow the window's lines.
+class LiveDouble : public LiveWindow {
+ public:
+  LiveDouble(std::vector<Shown>& shown, std::size_t index, std::function<int()> answers, std::size_t values)
+      : shown_(shown), index_(index), answers_(std::move(answers)), values_(values) {}
+  void post(std::string_view value) override {
+    shown_[index_].lines.emplace_back(value);
+    ++posted_;
+  }
+  int poll() override { return posted_ < values_ ? answer::failed : answers_(); }
+
+ private:
+  std::vector<Shown>& shown_;
+  std::size_t index_;
+  std::function<int()> answers_;
+  std::size_t values_;
+  std::size_t posted_ = 0;
+};
+
 template <class Window>
 Shown as_shown(const char* kind, const Window& window) {
   Shown one;
@@ -172,6 +191,13 @@ std::unique_ptr<WaitWindow> Desk::wait(const WaitText& text) {
   const bool pressed = press_abort_in_wait && text.abort_button;
   if (pressed) press_abort_in_wait = false;
   return std::make_unique<WaitDouble>(shown, shown.size() - 1, pressed);
+}
+
+std::unique_ptr<LiveWindow> Desk::live(const LinesWindow& window) {
+  shown.push_back(as_shown("live", window));
+  return std::make_unique<LiveDouble>(
+      shown, shown.size() - 1, [this, buttons = window.buttons] { return next(buttons, answer::ok).code; },
+      live_values);
 }
 
 void Desk::status(int row, std::string_view text) { status_rows.emplace_back(row, text); }

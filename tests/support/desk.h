@@ -24,7 +24,8 @@ struct Reply {
 
 /// One window or message as it was shown.
 struct Shown {
-  std::string kind;  // "error", "warning", "information", "lines", "ask", "choose", "form", "test", "wait"
+  std::string
+      kind;  // "error", "warning", "information", "lines", "ask", "choose", "form", "test", "wait", "live"
   int number = 0;
   std::string title;
   std::vector<std::string> lines;
@@ -65,6 +66,7 @@ class Desk : public Operator {
   int form(FormWindow& window) override;
   int test(const TestWindow& window) override;
   std::unique_ptr<WaitWindow> wait(const WaitText& text) override;
+  std::unique_ptr<LiveWindow> live(const LinesWindow& window) override;
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
   void result_note(std::string_view text, int colour) override;
@@ -76,6 +78,7 @@ class Desk : public Operator {
 
   bool watched = true;
   bool press_abort_in_wait = false;  // the next please-wait window has its Abort pressed
+  std::size_t live_values = 1;       // so many are posted before a window of live values is answered
 
  private:
   Reply next(const std::vector<Button>& buttons, int without_default);

@@ -44,6 +44,25 @@ void take_block(std::string_view block) {
   bytes += block;
 }
 
+// Reads what comes within `milliseconds`. False at the end of the input.
+bool read_some(int milliseconds) {
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  if (::poll(&input, 1, milliseconds) <= 0) return true;  // nothing yet, or a signal
+  char block[4096];
+  const ssize_t count = ::read(STDIN_FILENO, block, sizeof block);
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return true;
+  if (count <= 0) return false;
+  take_block({block, static_cast<std::size_t>(count)});
+  return true;
+}
+
+// What is left at the end of the input.
+LineEnd take_rest(std::string& line) {
+  line = waiting();
+  waiting().clear();
+  return line.empty() ? LineEnd::end : LineEnd::line;
+}
+
 }  // namespace
 
 LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
@@ -53,19 +72,14 @@ LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
       waiting().clear();
       return LineEnd::interrupted;
     }
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    const int ready = ::poll(&input, 1, poll_interval);
-    if (ready <= 0) continue;  // nothing yet, or a signal
-    char block[4096];
-    const ssize_t count = ::read(STDIN_FILENO, block, sizeof block);
-    if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-    if (count <= 0) {
-      line = waiting();
-      waiting().clear();
-      return line.empty() ? LineEnd::end : LineEnd::line;
-    }
-    take_block({block, static_cast<std::size_t>(count)});
+    if (!read_some(poll_interval)) return take_rest(line);
   }
+}
+
+LineEnd terminal_try_line(std::string& line) {
+  if (take_line(line)) return LineEnd::line;
+  if (!read_some(0)) return take_rest(line);
+  return take_line(line) ? LineEnd::line : LineEnd::interrupted;
 }
 
 bool terminal_input() { return ::isatty(STDIN_FILENO) != 0; }

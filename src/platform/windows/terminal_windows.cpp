@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
 
 #include "platform/terminal.h"
 
@@ -39,6 +40,24 @@ LineEnd terminal_read_line(std::string& line, bool (*stop)()) {
     }
     line += byte;
   }
+}
+
+LineEnd terminal_try_line(std::string& line) {
+  static std::string typed;
+  const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+  while (::WaitForSingleObject(input, 0) == WAIT_OBJECT_0) {
+    char byte = 0;
+    DWORD count = 0;
+    const bool ended = !::ReadFile(input, &byte, 1, &count, nullptr) || count == 0;
+    if (!ended && byte != '\n') {
+      typed += byte;
+      continue;
+    }
+    line = std::exchange(typed, {});
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return ended && line.empty() ? LineEnd::end : LineEnd::line;
+  }
+  return LineEnd::interrupted;
 }
 
 bool terminal_input() { return ::_isatty(::_fileno(stdin)) != 0; }

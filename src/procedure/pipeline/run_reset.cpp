@@ -48,6 +48,8 @@ void reset_calls(RunState& run) {
   run.call_depth = 0;
 }
 void reset_abort(RunState&) { clear_abort(); }
+void reset_modifiers(RunState& run) { run.modifiers.clear(); }
+void reset_samples(RunState& run) { run.samples = SampleLoop(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
 void reset_standards(RunState& run) { run.pipeline.standards_used.clear(); }
@@ -80,6 +82,8 @@ constexpr RunResetRow rows[] = {
     {"bus statements", bus_statements_reset, ResetWhen::always},
     {"RESET lists", reset_clear, ResetWhen::always},
     {"connections", con_clear, ResetWhen::always},
+    {"settings of modifier statements", reset_modifiers, ResetWhen::always},
+    {"repeated measurement", reset_samples, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };
 
