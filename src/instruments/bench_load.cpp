@@ -2,6 +2,7 @@
 
 #include "config/startup_config.h"
 #include "instruments/bench_file.h"
+#include "instruments/ieee488.h"
 #include "platform/files.h"
 #include "platform/platform.h"
 #include "state/report.h"
@@ -35,6 +36,7 @@ bool read_bench(const std::string& path) {
   for (const BenchFault& fault : faults)
     show_text("E" + std::to_string(fault.number) + ": " + fault.text, MessageKind::error, fault.number);
   set_device_list(sound ? std::move(list) : DeviceList());
+  ib_forget_listeners();
   return sound;
 }
 
@@ -49,13 +51,15 @@ bool dev_reload_if_changed() {
   }
   const std::optional<FileStamp> now = file_stamp(path);
   if (is_unchanged(path, now)) return true;
+  // Where this program cannot write, nobody is locked out by it and nothing is left over of it.
+  const bool locks = may_write_beside(config_path());
   // A lock of our own is left over from a program that died.
-  if (dev_lock(DevLock::clear_own) == DevLockResult::failed ||
-      dev_lock(DevLock::take) == DevLockResult::failed)
+  if (locks && (dev_lock(DevLock::clear_own) == DevLockResult::failed ||
+                dev_lock(DevLock::take) == DevLockResult::failed))
     return false;
   const bool sound = read_bench(path);
   loaded() = {.path = path, .stamp = sound ? now : std::nullopt};
-  return dev_lock(DevLock::release) == DevLockResult::done && sound;
+  return (!locks || dev_lock(DevLock::release) == DevLockResult::done) && sound;
 }
 
 void dev_note_written() { loaded().stamp.reset(); }

@@ -42,6 +42,9 @@ ReadResult read_file(const std::string& path, std::size_t limit, std::string& ou
 /// Replaces the file: writes beside it, flushes to the disk, renames. On failure the old file is as it was.
 [[nodiscard]] bool replace_file(const std::string& path, std::string_view contents);
 
+/// May this program make and replace files where this one stands?
+bool may_write_beside(const std::string& path);
+
 /// Makes the folder in which the file of this path would stand, with those above it. True if it is there.
 [[nodiscard]] bool make_folder_of(const std::string& path);
 

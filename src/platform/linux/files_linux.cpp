@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "platform/files.h"
@@ -55,6 +56,11 @@ std::optional<FileStamp> file_stamp(const std::string& path) {
                    .modified = nanoseconds(facts.st_mtim),
                    .changed = nanoseconds(facts.st_ctim),
                    .identity = facts.st_ino};
+}
+
+bool may_write_beside(const std::string& path) {
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  return ::access(folder.empty() ? "." : folder.c_str(), W_OK) == 0;
 }
 
 bool is_sharing_violation(int system_error) {

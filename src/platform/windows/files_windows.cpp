@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "platform/files.h"
@@ -49,6 +50,13 @@ std::optional<FileStamp> file_stamp(const std::string& path) {
                    .modified = nanoseconds(times.LastWriteTime),
                    .changed = nanoseconds(times.ChangeTime),
                    .identity = joined(facts.nFileIndexHigh, facts.nFileIndexLow)};
+}
+
+// Access lists are not asked: a write that they forbid is told when it fails.
+bool may_write_beside(const std::string& path) {
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  const DWORD attributes = ::GetFileAttributesW(folder.empty() ? L"." : folder.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) == 0;
 }
 
 bool is_sharing_violation(int system_error) {

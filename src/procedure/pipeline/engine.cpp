@@ -9,6 +9,7 @@
 #include "evaluation/handlers.h"
 #include "functions/functions.h"
 #include "instruments/bench.h"
+#include "instruments/bench_load.h"
 #include "instruments/bus_statements.h"
 #include "instruments/connections.h"
 #include "instruments/driver_table.h"
@@ -105,6 +106,7 @@ bool engine_start(RunState& run, const EngineStart& start) {
                                                 : start.settings_path);
   if (!open_debug_log(path)) return false;
   run.demo_mode = demo_mode(run, start.mode);
+  if (start.recover) static_cast<void>(dev_reload_if_changed());
   // Instruments that cannot be reset now are reset as the next run begins, or it does not begin.
   if (start.recover) static_cast<void>(recover_died_run(run));
   return true;

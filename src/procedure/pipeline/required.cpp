@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "config/startup_config.h"
-#include "instruments/bench_load.h"
 #include "instruments/device_list.h"
 #include "instruments/instrument_names.h"
+#include "platform/files.h"
 #include "platform/platform.h"
 #include "state/buttons.h"
 #include "state/report.h"
@@ -236,7 +236,7 @@ bool reserve(RunState& run) {
         const InstrumentRecord* row = one.served == Served::configured ? dev_find(one.code) : nullptr;
         return row != nullptr && row->address.interface != DeviceInterface::none;
       });
-  if (!any || reserved()) return true;
+  if (!any || reserved() || !may_write_beside(config_path())) return true;
   // A lock of this program's own is left over from a run that died.
   static_cast<void>(dev_lock(DevLock::clear_own));
   const DevLockResult taken = dev_lock(DevLock::take);
@@ -287,8 +287,7 @@ void set_exclusive_options(std::span<const ExclusiveOptions> rows) { exclusive_o
 int check_required(RunState& run) {
   if (run.demo_mode) return check_result::go_on;
   // A list that is at fault has been told and stands empty: its instruments are then missing by name.
-  if (!startup_config().config.empty() && !dev_reload_if_changed() && !device_list_stands())
-    return check_result::failed;
+  if (!startup_config().config.empty() && !device_list_stands()) return check_result::failed;
   const int result = device_list_stands() ? check_list(run) : tell_unchecked(run);
   if (result != check_result::go_on) return result;
   if (!reserve(run)) return check_result::failed;

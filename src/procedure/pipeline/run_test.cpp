@@ -3,6 +3,7 @@
 #include <map>
 
 #include "config/startup_config.h"
+#include "instruments/bench_load.h"
 #include "instruments/device_assets.h"
 #include "platform/platform.h"
 #include "procedure/file/load.h"
@@ -61,9 +62,10 @@ class TestRun {
   int work() {
     using Step = int (TestRun::*)();
     static constexpr Step steps[] = {
-        &TestRun::recover,      &TestRun::ask_for_demo,   &TestRun::open_database,   &TestRun::select,
-        &TestRun::load,         &TestRun::uut_setup,      &TestRun::threshold,       &TestRun::scan,
-        &TestRun::prepare_data, &TestRun::ask_start_data, &TestRun::check_standards, &TestRun::begin,
+        &TestRun::load_bench, &TestRun::recover,      &TestRun::ask_for_demo,   &TestRun::open_database,
+        &TestRun::select,     &TestRun::load,         &TestRun::uut_setup,      &TestRun::threshold,
+        &TestRun::scan,       &TestRun::prepare_data, &TestRun::ask_start_data, &TestRun::check_standards,
+        &TestRun::begin,
     };
     run_.clear(run_flag::stop_test);
     clear_abort();
@@ -86,6 +88,13 @@ class TestRun {
   }
 
   static int as_result(bool done) { return done ? run_result::finished : run_result::failed; }
+
+  // What stands on the bench is known before anything asks for it. Faults of the file have been told; whether the run
+  // can do without its instruments is decided with the required ones.
+  int load_bench() {
+    static_cast<void>(dev_reload_if_changed());
+    return run_result::finished;
+  }
 
   int recover() { return as_result(recover_died_run(run_)); }
 
