@@ -1,6 +1,7 @@
 #include "instruments/bench.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "instruments/bench_load.h"
 #include "instruments/device_list.h"
@@ -18,13 +19,15 @@ namespace orvane {
 namespace {
 
 // A walk that makes instruments safe runs in a stopped run too: the stop and the abort are taken down for its time. An
-// abort that is given meanwhile is kept, and acts behind it.
+// abort that is given meanwhile is kept, and acts behind it. Requests for service are left alone: a line that is stuck
+// would stop every write, and so keep outputs on.
 class Undisturbed {
  public:
   explicit Undisturbed(RunState& run)
       : run_(run),
         flags_(static_cast<std::uint16_t>(run.flags & (run_flag::stop_test | run_flag::skip_test))),
         reason_(run.stop_reason),
+        bus_poll_(std::exchange(run.bus_poll, nullptr)),
         abort_(abort_requested()) {
     calm();
   }
@@ -32,6 +35,7 @@ class Undisturbed {
     calm();
     run_.set(flags_);
     run_.stop_reason = reason_;
+    run_.bus_poll = bus_poll_;
     if (abort_) raise_abort();
   }
   Undisturbed(const Undisturbed&) = delete;
@@ -48,6 +52,7 @@ class Undisturbed {
   RunState& run_;
   const std::uint16_t flags_;
   const std::uint16_t reason_;
+  bool (*const bus_poll_)(RunState&);
   bool abort_;
 };
 

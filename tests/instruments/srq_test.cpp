@@ -1,6 +1,7 @@
 #include "instruments/srq.h"
 
 #include "config/startup_config.h"
+#include "instruments/bench.h"
 #include "instruments/device_list.h"
 #include "instruments/driver_table.h"
 #include "instruments/ieee488.h"
@@ -30,16 +31,17 @@ InstrumentRecord row(std::uint16_t code, int primary) {
 
 bool clears = false;  // the driver puts the request aside
 int served = 0;       // with this status byte
-const DriverRow drivers[] = {{.code = meter,
-                              .statement = fsc::m3458,
-                              .run = [](Statement&) { return true; },
-                              .reset = [](RunState&, const DevAddress&) { return true; },
-                              .serve =
-                                  [](RunState& run, const DevAddress&, std::uint8_t status) {
-                                    served = status;
-                                    if (clears) run.ieee.unexpected_srq = false;
-                                    return true;
-                                  }}};
+const DriverRow drivers[] = {
+    {.code = meter,
+     .statement = fsc::m3458,
+     .run = [](Statement&) { return true; },
+     .reset = [](RunState& run, const DevAddress& at) { return ib_wrt(run, at.bus, "OFF"); },
+     .serve =
+         [](RunState& run, const DevAddress&, std::uint8_t status) {
+           served = status;
+           if (clears) run.ieee.unexpected_srq = false;
+           return true;
+         }}};
 
 // Two boards; on the first one a multimeter with a driver, a device without one, and the one that is never polled.
 class Srq : public test::BusTest {
@@ -188,6 +190,15 @@ TEST_F(Srq, ARequestThatNobodyWaitsForStopsTheTestUnlessItsDriverServesIt) {
     EXPECT_FALSE(run.ieee.unexpected_srq);
   }
   EXPECT_EQ(served, 0x50);
+}
+
+TEST_F(Srq, AStuckLineKeepsNoInstrumentFromItsSafeState) {
+  script.srq = {{0}};
+  run.bus_poll = ib_srq_poll;
+  run.set(run_flag::stop_test);
+  EXPECT_TRUE(bench_standby(run, 0));
+  EXPECT_EQ(script.calls, Calls{"send 0,22,2 OFF"});
+  EXPECT_NE(run.bus_poll, nullptr);
 }
 
 TEST_F(Srq, BoardOneCanBeLeftAlone) {
