@@ -26,6 +26,10 @@ namespace check_result {
 constexpr int go_on = 210, cancelled = 205, failed = 0;
 }
 
+/// Loads the instrument configuration where it has changed, so that the aliases of a procedure and its instruments can
+/// be looked for. In demonstration mode there is nothing to do. False after a report.
+[[nodiscard]] bool load_bench(const RunState& run);
+
 /// Finds an instrument for each that is required, asks the operator where one is missing or several fit, reserves
 /// the instrument configuration while any with an interface is used, and asks 2498 where a bus is driven that is not
 /// configured. In demonstration mode nothing is checked. A check_result.

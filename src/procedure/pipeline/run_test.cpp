@@ -128,7 +128,7 @@ class TestRun {
 
   int scan() {
     run_.pipeline.standard_overdue = false;
-    if (!scan_procedure(run_, procedure_)) return run_result::failed;
+    if (!load_bench(run_) || !scan_procedure(run_, procedure_)) return run_result::failed;
     switch (check_required(run_)) {
       case check_result::go_on: return run_result::finished;
       case check_result::cancelled: return run_result::given_up;
