@@ -62,10 +62,13 @@ bool find_or_ask(RunState& run) {
   return ask_address(run);
 }
 
+// Where a device would be that a demonstration does not have: 101.
+constexpr BusAddress demo_address = {BusAddress::board_valid | BusAddress::primary_valid, 1, 1, 0};
+
 bool have_address(RunState& run) {
   if (run.ieee.current.is_set()) return true;
   if (!run.demo_mode || startup_config().ieee_demo_prompt != 0) return find_or_ask(run);
-  run.ieee.current = BusAddress{BusAddress::board_valid | BusAddress::primary_valid, 1, 1, 0};  // 101
+  run.ieee.current = demo_address;
   return true;
 }
 
@@ -78,8 +81,12 @@ bool have_timeout(RunState& run) {
 
 bool eval_address(RunState& run, const FscRecord&, std::string_view argument) {
   DevAddress address;
-  if (const int wrong = parse_address(argument, AddressKind::bus, address); wrong != 0)
-    return run_error(run, wrong, argument);
+  const int wrong = parse_address(argument, AddressKind::bus, address);
+  if (is_demo_alias(run, wrong)) {
+    run.ieee.current = demo_address;
+    return true;
+  }
+  if (wrong != 0) return run_error(run, wrong, argument);
   if (!board_exists(run, address.bus)) return run_error(run, 30413, argument, startup_config().ib_nport);
   // A number is the unit under test and stands for the statements behind this one; an alias is a standard.
   const bool is_number = !argument.empty() && argument.front() >= '0' && argument.front() <= '9';

@@ -121,8 +121,8 @@ bool run_reset_statement(Statement& s) {
   const ResetText parts = take_apart(s.record.text(field::text));
   DevAddress address;
   if (parts.address) {
-    if (const int wrong = parse_address(*parts.address, AddressKind::either, address); wrong != 0)
-      return run_error(s.run, wrong, *parts.address);
+    const int wrong = parse_address(*parts.address, AddressKind::either, address);
+    if (wrong != 0) return is_demo_alias(s.run, wrong) || run_error(s.run, wrong, *parts.address);
   }
   std::string commands;
   if (!insert_values(s.run, s.record, parts.commands, commands)) return false;

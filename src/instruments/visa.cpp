@@ -121,8 +121,8 @@ bool has_session(RunState& run) { return run.demo_mode || run.visa.session != 0 
 
 bool eval_address(RunState& run, const FscRecord&, std::string_view argument) {
   DevAddress address;
-  if (const int wrong = parse_address(argument, AddressKind::either, address); wrong != 0)
-    return run_error(run, wrong, argument);
+  const int wrong = parse_address(argument, AddressKind::either, address);
+  if (wrong != 0) return is_demo_alias(run, wrong) || run_error(run, wrong, argument);
   run.visa.bus = address.bus;
   return open_session(run, address);
 }

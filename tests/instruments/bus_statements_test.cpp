@@ -196,6 +196,10 @@ TEST_F(BusStatements, ADemonstrationAsksForRepliesAlone) {
   EXPECT_TRUE(statement(fsc::scpi, "VOLT 1;MEAS?[I$]"));
   EXPECT_EQ(run.registers.mem2, "text");
   EXPECT_TRUE(script.calls.empty());
+  for (const std::uint16_t code : {fsc::ieee, fsc::port, fsc::reset}) {
+    EXPECT_TRUE(statement(code, "[@NOBODY]A"));  // no bench is needed
+    EXPECT_EQ(reported(), 0);
+  }
 }
 
 TEST(BusReply, TheFirstNumberOfAReply) {

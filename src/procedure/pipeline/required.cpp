@@ -286,8 +286,6 @@ void set_exclusive_options(std::span<const ExclusiveOptions> rows) { exclusive_o
 
 int check_required(RunState& run) {
   if (run.demo_mode) return check_result::go_on;
-  // A list that is at fault has been told and stands empty: its instruments are then missing by name.
-  if (!startup_config().config.empty() && !device_list_stands()) return check_result::failed;
   const int result = device_list_stands() ? check_list(run) : tell_unchecked(run);
   if (result != check_result::go_on) return result;
   if (!reserve(run)) return check_result::failed;

@@ -5,6 +5,7 @@
 #include "config/startup_config.h"
 #include "instruments/bench_load.h"
 #include "instruments/device_assets.h"
+#include "instruments/device_list.h"
 #include "platform/platform.h"
 #include "procedure/file/load.h"
 #include "procedure/file/memory.h"
@@ -89,11 +90,10 @@ class TestRun {
 
   static int as_result(bool done) { return done ? run_result::finished : run_result::failed; }
 
-  // What stands on the bench is known before anything asks for it. Faults of the file have been told; whether the run
-  // can do without its instruments is decided with the required ones.
+  // What stands on the bench is known before anything asks for it. A list that is at fault has been told and stands
+  // empty: its instruments are then missing by name.
   int load_bench() {
-    static_cast<void>(dev_reload_if_changed());
-    return run_result::finished;
+    return as_result(dev_reload_if_changed() || run_.demo_mode || device_list_stands());
   }
 
   int recover() { return as_result(recover_died_run(run_)); }

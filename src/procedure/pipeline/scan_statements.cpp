@@ -59,8 +59,7 @@ bool scan_addresses(RunState& run, const FscRecord& record, AddressKind kind) {
       note_address(pre_run, address);
       return true;
     }
-    // A demonstration needs no bench: who bears the alias is asked only where it would be addressed.
-    return (run.demo_mode && wrong == 2929) || run_error(run, wrong, argument);
+    return is_demo_alias(run, wrong) || run_error(run, wrong, argument);
   });
 }
 
