@@ -14,7 +14,9 @@ struct Settlement {
 
 Settlement settle_instrument(const RunState& run, const FscRecord& record, ToleranceReference refers_to) {
   const QuantityField nominal = record.get(field::nominal);
-  const double value = (nominal.flags & QuantityField::from_mem) != 0 ? run.registers.mem : nominal.value;
+  const bool is_mem =
+      (nominal.flags & QuantityField::from_mem) != 0 || record.get(field::mod4) == mod4_code::c;
+  const double value = is_mem ? run.registers.mem : nominal.value;
   switch (refers_to) {
     case ToleranceReference::system_actual: return {run.test.actual, run.test.actual};
     case ToleranceReference::uut_indicated: return {value, std::nullopt};

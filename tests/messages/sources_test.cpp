@@ -82,6 +82,7 @@ constexpr Reporter reporters[] = {
     {"refuse_at", 1, 0, false, "src/procedure/pipeline/data_entry.cpp"},
     {"ends", 1, 0, false, "src/instruments/srq.cpp"},
     {"fault", 1, 0, false, "src/instruments/srq_power_on.cpp"},
+    {"device_fault", 1, 0, false, "src/instruments/drivers/"},
     {"climate_field", 1, 2, false, "src/procedure/pipeline/entry_forms.cpp"},
 };
 // Where these functions are made, one calls the other.
@@ -195,11 +196,23 @@ constexpr const char* visa = "src/instruments/visa.cpp";
 constexpr const char* addresses = "src/instruments/bus_address.cpp";
 constexpr const char* dialog = "src/procedure/run/test_dialog.cpp";
 constexpr const char* assets = "src/instruments/device_assets.cpp";
+constexpr const char* meter_3458 = "src/instruments/drivers/hp3458a.cpp";
+constexpr const char* limits_3458 = "src/instruments/drivers/hp3458a_limits.cpp";
+constexpr const char* driver_prompts = "src/instruments/drivers/prompts.cpp";
 const Table tables[] = {
-    {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"((?:return|\?) (\d{3,4})\b)", "sdss"},
-    {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"(: (2872|348);)", "sdss"},
-    {"src/instruments/bench_checks.cpp", "row.missing", "src/instruments/bench_checks.cpp", R"(\{(?:\d+|DevAddress::lemo_port), \d+, (\d+)\})", "sss"},
-    {"src/instruments/comm.cpp", "row.number", "src/instruments/comm.cpp", R"(serial_fault::\w+, (\d+)\})", "d"},
+    {meter_3458, "message", meter_3458, R"(\b(26[3-6]\d)(?:, |,\n|\}))", ""},
+    {meter_3458, "write_message", meter_3458, R"(ERR\?", (26\d\d), \d+)", "s"},
+    {meter_3458, "read_message", meter_3458, R"(ERR\?", \d+, (26\d\d))", "s"},
+    {limits_3458, "message", limits_3458, R"(\}, (26\d\d)[,}])", "gg"},
+    {driver_prompts, "message", driver_prompts, R"(return (49\d\d);)", "ss"},
+    {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp",
+     R"((?:return|\?) (\d{3,4})\b)", "sdss"},
+    {"src/instruments/bench_checks.cpp", "number", "src/instruments/bench_checks.cpp", R"(: (2872|348);)",
+     "sdss"},
+    {"src/instruments/bench_checks.cpp", "row.missing", "src/instruments/bench_checks.cpp",
+     R"(\{(?:\d+|DevAddress::lemo_port), \d+, (\d+)\})", "sss"},
+    {"src/instruments/comm.cpp", "row.number", "src/instruments/comm.cpp", R"(serial_fault::\w+, (\d+)\})",
+     "d"},
     {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp",
      R"(\b(?:put_byte|send_settings|system_fault)\([^;]*?\b(77\d\d)\b)", "d"},
     {"src/instruments/comm.cpp", "number", "src/instruments/comm.cpp", R"(first \? 7795 : (7796))", "d"},
@@ -207,7 +220,8 @@ const Table tables[] = {
     {assets, "match->question", assets, R"(Match\{.*, (32[789])\})", "ss"},
     {assets, "missing->message", assets, R"(AssetKind::\w+, (\d+)\})", "s"},
     {assets, "message", assets, R"(row.flags, (23\d\d)\))", "s"},
-    {"src/config/startup_checks.cpp", "row.number", "src/config/startup_checks.cpp", R"(, (\d+), Need::)", "ss"},
+    {"src/config/startup_checks.cpp", "row.number", "src/config/startup_checks.cpp", R"(, (\d+), Need::)",
+     "ss"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), true\})", "s"},
     {math_codes, "row->message", math_codes, R"(\{math_code::\w+, (\d+), false\})", ""},
     {"src/functions/register_functions.cpp", "message", "src/functions/register_functions.cpp",
@@ -233,7 +247,8 @@ const Table tables[] = {
     {"src/procedure/pipeline/entry_forms.cpp", "label", "src/procedure/pipeline/entry_forms.cpp",
      R"(\$", (3064\d),)", ""},
     {"src/instruments/bench.cpp", "message", "src/instruments/bench.cpp", R"(\w, (295[34]),)", "s"},
-    {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})", "s"},
+    {"src/instruments/ieee488.cpp", "row.message", "src/instruments/ieee488.cpp", R"(\{\d+, (27\d\d)\})",
+     "s"},
     {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(return (404);)",
      "s"},
     {"src/procedure/file/load.cpp", "fault", "src/procedure/file/procedure_format.cpp", R"(\? (408) : 0)",
@@ -377,7 +392,7 @@ class Sources : public ::testing::Test {
       return one.file == call.source->name && one.expression == expression;
     });
     EXPECT_TRUE(known || is_counted) << call.place() << ": where does the number \"" << expression
-                       << "\" come from? Add a row to the tables of this test.";
+                                     << "\" come from? Add a row to the tables of this test.";
     calls_of_tables.insert(call.source->name + " " + expression);
   }
 

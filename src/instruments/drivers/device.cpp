@@ -152,8 +152,7 @@ bool serial_number_check(RunState& run, std::uint16_t code, const DeviceIdentity
   const std::string_view told =
       identity.serial == "0" ? std::string_view() : std::string_view(identity.serial);
   if (stored.empty() || told.empty()) {
-    const int number = stored.empty() ? 7727 : 7728;
-    return yesnoph(number, std::array{MessageArg(name)}) == answer::yes;
+    return yesnoph(stored.empty() ? 7727 : 7728, std::array{MessageArg(name)}) == answer::yes;
   }
   if (told == stored) return true;
   if (key == refuses) return run_error(run, 7725, name, told, stored);

@@ -105,7 +105,8 @@ bool check_amplitude(RunState& run, const FscRecord& record, const Wanted& wante
     return outside(run, record, wanted.value, in_unit(low, wanted, output), in_unit(high, wanted, output),
                    wanted.unit);
   const double offset = offset_in_force(run);
-  const double most = std::fmin(highest_peak * factor - amplitude / 2, offset_per_amplitude * amplitude);
+  const double room = std::fmax(highest_peak * factor - amplitude / 2, 0.0);
+  const double most = std::fmin(room, offset_per_amplitude * amplitude);
   return in_range(offset, -most, most) || outside(run, record, offset, -most, most, unit_code::volt);
 }
 

@@ -1,6 +1,7 @@
 #include "instruments/drivers/hp3458a.h"
 
 #include <cmath>
+#include <span>
 
 #include "instruments/connections.h"
 #include "messages/catalogue.h"
@@ -25,7 +26,11 @@ constexpr int connection_volts = 67, connection_sense = 68, connection_amps = 69
 
 // Error register: bit 0 sends on to the auxiliary one.
 constexpr int error_hardware = 0x0001, error_overload = 0x0100;
-constexpr int error_bits = 15, first_error_message = 2631, first_auxiliary_message = 2646;
+// What the bits say: of the error register from bit 1, of the auxiliary one from bit 0.
+constexpr int error_messages[] = {2632, 2633, 2634, 2635, 2636, 2637, 2638,
+                                  2639, 2640, 2641, 2642, 2643, 2644, 2645};
+constexpr int auxiliary_messages[] = {2646, 2647, 2648, 2649, 2650, 2651, 2652, 2653,
+                                      2654, 2655, 2656, 2657, 2658, 2659, 2660};
 
 // --- Error state ---------------------------------------------------------------------------------------------------
 
@@ -46,12 +51,12 @@ bool read_register(const Device& device, const char* command, int write_message,
   return true;
 }
 
-bool report_bits(RunState& run, int value, int first_bit, int message_of_bit_0) {
+// Reports the bits that are set, the lowest one first. False if any is.
+bool report_bits(RunState& run, int bits, std::span<const int> messages) {
   bool clean = true;
-  for (int bit = first_bit; bit < error_bits; ++bit) {
-    if ((value >> bit & 1) == 0) continue;
-    const int message = message_of_bit_0 + bit;
-    clean = run_error(run, message);
+  for (const int message : messages) {
+    if ((bits & 1) != 0) clean = run_error(run, message);
+    bits >>= 1;
   }
   return clean;
 }
@@ -62,9 +67,8 @@ bool error_state(const Device& device, int& errors) {
   int auxiliary = 0;
   if ((errors & error_hardware) != 0 && !read_register(device, "AUXERR?", 2669, 2670, auxiliary))
     return false;
-  const bool clean = report_bits(device.run, errors, 1, first_error_message);
-  return report_bits(device.run, auxiliary, 0, first_auxiliary_message) && clean &&
-         (errors & error_hardware) == 0;
+  const bool clean = report_bits(device.run, errors >> 1, error_messages);
+  return report_bits(device.run, auxiliary, auxiliary_messages) && clean && (errors & error_hardware) == 0;
 }
 
 bool error_state(const Device& device) {

@@ -31,9 +31,9 @@ bool is_timing(Function function) { return function == Function::frequency || fu
 
 double expected_value(const Wanted& wanted, Function function) {
   if (is_timing(function)) return wanted.mod1 * 2;
-  const double value = std::fabs(wanted.volts());
+  const double value = wanted.volts(), amount = std::fabs(value);
   const bool amps = function == Function::dci || function == Function::aci;
-  return amps && value > low_gap && value < high_gap ? gap_setting : value;
+  return amps && amount > low_gap && amount < high_gap ? gap_setting : value;
 }
 
 const char* band_word(const Wanted& wanted, Function function) {

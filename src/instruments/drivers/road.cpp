@@ -293,6 +293,7 @@ void store_modifier_block(RunState& run, std::uint16_t code, const FscRecord& re
 }
 
 const FscRecord* modifier_block(const RunState& run, std::uint16_t code) {
+  if (!run.active()) return nullptr;  // what a run before this one has left
   const auto block = run.modifiers.find(code);
   return block != run.modifiers.end() ? &block->second : nullptr;
 }

@@ -86,7 +86,7 @@ bool below(double x, double limit);
 /// NOMINAL of "*" clears them. `nominal`, `mod1`: where its quantities stand; a mod1 at offset 0 is none.
 void store_modifier_block(RunState& run, std::uint16_t code, const FscRecord& record,
                           BlockField<QuantityField> nominal, BlockField<ModifierField> mod1);
-/// Null where none is in force.
+/// Null where none is in force, and outside of a run.
 const FscRecord* modifier_block(const RunState& run, std::uint16_t code);
 
 }  // namespace orvane

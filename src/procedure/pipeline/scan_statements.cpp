@@ -5,6 +5,7 @@
 
 #include "config/startup_config.h"
 #include "instruments/bus_address.h"
+#include "instruments/driver_table.h"
 #include "instruments/reset_list.h"
 #include "instruments/standards.h"
 #include "platform/files.h"
@@ -139,6 +140,17 @@ const std::array<std::uint8_t, 256>& models_of_modifiers() {
   return models;
 }
 
+// The limits of the instrument's model; reports name the source line. A warning does not keep a run from beginning: the
+// statement itself is then refused where it stands.
+bool check_limits(RunState& run, const FscRecord& record) {
+  const DriverRow* driver = driver_of_statement(record.code());
+  if (driver == nullptr || driver->check == nullptr) return true;
+  run.set(run_flag::check_lines);
+  const bool fits = driver->check(run, record);
+  run.clear(run_flag::check_lines);
+  return fits || !run.has(run_flag::stop_test);
+}
+
 bool scan_instrument(RunState& run, const ProcNode& node) {
   const std::uint16_t code = node.record->code();
   const auto ordinal = static_cast<std::size_t>(fsc_ordinal(code));
@@ -150,7 +162,9 @@ bool scan_instrument(RunState& run, const ProcNode& node) {
   }
   if ((code & code_class::instrument) != 0) {
     run.pipeline.pre_run.instruments.set(ordinal);
-  } else if (const std::uint8_t model = models_of_modifiers()[ordinal]; model != 0) {
+    return check_limits(run, *node.record);
+  }
+  if (const std::uint8_t model = models_of_modifiers()[ordinal]; model != 0) {
     run.pipeline.pre_run.instruments.set(model);
   }
   return true;
