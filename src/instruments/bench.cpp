@@ -115,7 +115,8 @@ bool serve_waiting_requests(RunState& run) {
 bool identify(RunState& run) {
   std::size_t at = 0;
   while (const InstrumentRecord* row = dev_next_configured(at)) {
-    if (!is_required(*row)) continue;
+    if (!is_required(*row) || (row->address.interface == DeviceInterface::ieee488 && !ib_is_live(run)))
+      continue;
     DeviceIdentity identity;
     if (!dev_identify(run, row->code, row->address, identity))
       return run_error(run, 2513, instrument_text(row->code));

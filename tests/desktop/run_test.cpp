@@ -14,6 +14,7 @@
 #include "desktop/results_window.h"
 #include "desktop/texts.h"
 #include "desktop/tools.h"
+#include "instruments/bench_file.h"
 #include "messages/catalogue.h"
 #include "operator_hand.h"
 #include "procedure/pipeline/database.h"
@@ -103,6 +104,10 @@ TEST_F(DesktopRun, TheDemoCalibrationIsFinishedWithTheKeyboardAlone) {
   startup_config().ib_driver = built("libgpibsim.so");
   ::setenv("ORVANE_BENCH", ORVANE_SOURCE_DIR "/demo/bench.txt", 1);
   run.demo_mode = false;
+  DeviceList bench;
+  std::vector<BenchFault> faults;
+  ASSERT_TRUE(bench_file_read(ORVANE_SOURCE_DIR "/demo/instruments.txt", bench, faults));
+  set_device_list(std::move(bench));
   int decisions = 0;
   hand.always([&](DeskWindow& window) {
     if (window.windowTitle() == shown(msg(7122)) && ++decisions == 1) return press_key(window, Qt::Key_F2);
@@ -122,6 +127,7 @@ TEST_F(DesktopRun, TheDemoCalibrationIsFinishedWithTheKeyboardAlone) {
   EXPECT_EQ(failed, 1);
   EXPECT_EQ(passed, 10);
   EXPECT_EQ(comments, 1);
+  set_device_list(std::nullopt);
   run.demo_mode = true;
 }
 

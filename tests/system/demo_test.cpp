@@ -94,6 +94,20 @@ TEST_F(Demo, TheSameSeedGivesTheSameReadings) {
 }
 
 // list | compile gives the same file again, compile | list the same text.
+TEST_F(Demo, TheGeneratorIsCalibratedWithoutAHand) {
+  demo();
+  const Ended ended = run_process(ovrun("Function generator: frequency and amplitude", ""));
+  EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
+  EXPECT_EQ(ended.err, "");
+  std::string statuses;
+  for (const nlohmann::json& result : events("result"))
+    statuses += result["status_text"].get<std::string>() + " ";
+  EXPECT_EQ(statuses, "PASS PASS PASS PASS PASS PASS ");
+  // What the meters find is the generator's error: 4 ppm of the frequency and the meter's own, 0.4 % of the amplitude.
+  EXPECT_NE(events("result")[0]["line1"].get<std::string>().find("1.000004"), std::string::npos);
+  EXPECT_NE(events("result")[3]["line1"].get<std::string>().find("0.7099"), std::string::npos);
+}
+
 TEST_F(Demo, EverySourceComesRoundBothWays) {
   fs::create_directory(folder / "again");
   int sources = 0;
@@ -110,7 +124,7 @@ TEST_F(Demo, EverySourceComesRoundBothWays) {
     EXPECT_EQ(run_process(ovproc({"check", path("again/" + file)})).status, 0);
     ++sources;
   }
-  EXPECT_EQ(sources, 4);
+  EXPECT_EQ(sources, 5);
   EXPECT_EQ(contents("again/proc.dir"), contents("procedures/proc.dir"));
 }
 

@@ -120,10 +120,10 @@ TEST_F(OperatorRuns, AProgramJudgesATest) {
 }
 
 TEST_F(OperatorRuns, TheBusIsThereAgainBehindAProgram) {
-  procedure("bus", {source_line(1, 1, "IEEE", "[@22]DCV 10;TRIG SGL[I]"),
+  procedure("bus", {source_line(1, 1, "IEEE", "[@22]DCV 3;TRIG SGL[I]"),
                     source_line(1, 2, "MATH", "M[1] = MEM"), source_line(1, 3, "MATH", "MEM = 0"),
                     source_line(1, 4, "DOS", "true"), source_line(1, 5, "IEEE", "[@22]TRIG SGL[I]"),
-                    "  1.006  EVAL   -e abs(M[1] - 10) < 0.1 && abs(MEM - 10) < 0.1 : both read",
+                    "  1.006  EVAL   -e abs(M[1] - 3) < 0.1 && abs(MEM - 3) < 0.1 : both read",
                     source_line(1, 7, "END")});
   const Ended ended = run_process(ovrun("bus", "continue\n"));
   EXPECT_EQ(ended.status, 0) << ended.err << ended.out;

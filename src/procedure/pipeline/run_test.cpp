@@ -93,6 +93,7 @@ class TestRun {
   // What stands on the bench is known before anything asks for it. A list that is at fault has been told and stands
   // empty: its instruments are then missing by name.
   int load_bench() {
+    if (startup_config().config.empty()) return run_result::finished;
     return as_result(dev_reload_if_changed() || run_.demo_mode || device_list_stands());
   }
 
