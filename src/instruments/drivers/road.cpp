@@ -140,8 +140,7 @@ class Road {
     const bool loop = run_.samples.count > 0;
     const Settle settle = loop ? Settle{0, 1} : model_.settle(wanted_);
     std::unique_ptr<WaitWindow> wait;
-    if (Operator* desk = platform().desk)
-      wait = desk->wait({device_.name(), msg(4707, device_.name()), true});
+    if (Operator* desk = platform().desk) wait = desk->wait({msg(30045), msg(4707, device_.name()), true});
     double sum = 0, value = 0;
     for (int i = 0; i < settle.thrown + settle.taken; ++i) {
       if (!model_.read(device_, wanted_, wait.get(), value)) return false;
