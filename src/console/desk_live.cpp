@@ -10,7 +10,10 @@ namespace orvane {
 // Values are redrawn on the terminal's status line; the operator's next line, or the next answer, ends them.
 class ConsoleLive : public LiveWindow {
  public:
-  ConsoleLive(ConsoleDesk& desk, ConsoleDesk::Waiting window) : desk_(desk), window_(std::move(window)) {
+  ConsoleLive(ConsoleDesk& desk, const LinesWindow& window)
+      : desk_(desk),
+        title_(window.title),
+        window_(ConsoleDesk::waiting_for(window.kind, title_, window.lines, window.buttons)) {
     if (desk_.gone_) return;
     desk_.show(window_);
     desk_.status_line_.hold();
@@ -55,6 +58,7 @@ class ConsoleLive : public LiveWindow {
   }
 
   ConsoleDesk& desk_;
+  std::string title_;  // outlives the statement's own
   ConsoleDesk::Waiting window_;
   std::string value_;
   bool posted_ = false;
@@ -62,8 +66,7 @@ class ConsoleLive : public LiveWindow {
 };
 
 std::unique_ptr<LiveWindow> ConsoleDesk::live(const LinesWindow& window) {
-  return std::make_unique<ConsoleLive>(*this,
-                                       waiting_for(window.kind, window.title, window.lines, window.buttons));
+  return std::make_unique<ConsoleLive>(*this, window);
 }
 
 }  // namespace orvane

@@ -32,7 +32,8 @@ struct SwitchSpan {
   int last;
   int offset;
 };
-constexpr SwitchSpan switch_spans[] = {{1, 127, 13}, {128, 255, 38}, {256, 383, 54}, {384, 511, 70}, {512, 559, 86}};
+constexpr SwitchSpan switch_spans[] = {
+    {1, 127, 13}, {128, 255, 38}, {256, 383, 54}, {384, 511, 70}, {512, 559, 86}};
 
 // The byte and the bit of a switch; byte -1 for a number outside the set. A span numbers its bits from its first
 // switch, the first span from 0, so that switch 0 is the unused bit of its first byte.
@@ -131,6 +132,11 @@ bool is_setup_line(const FscRecord& record) {
   if (mod4 == mod4_code::n) return true;
   const QuantityField nominal = record.get(field::nominal);
   return mod4 == mod4_code::s && nominal.unit != 0 && (nominal.flags & QuantityField::keep) == 0;
+}
+
+bool is_reset_form(const FscRecord& record) {
+  return record.has_class(code_class::instrument) &&
+         (record.get(field::nominal).flags & QuantityField::keep) != 0;
 }
 
 }  // namespace orvane

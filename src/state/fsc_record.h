@@ -81,7 +81,8 @@ struct ToleranceTerm {
   // bits 4-5: what a relative term refers to
   static constexpr std::uint8_t reference_mask = 0x30, of_range = 16, of_reference = 32;
   // bits 6-7: where the value stands
-  static constexpr std::uint8_t source_mask = 0xC0, number = 0, number_exponent = 64, memory = 128, location = 192;
+  static constexpr std::uint8_t source_mask = 0xC0, number = 0, number_exponent = 64, memory = 128,
+                                location = 192;
 
   std::uint8_t kind = 0;
   std::uint8_t digits_or_index = 0;  // digits byte of a number, index of a register
@@ -119,7 +120,8 @@ struct FscRecord {
   std::string_view text(TextField field) const {
     const char* begin = reinterpret_cast<const char*>(bytes.data()) + field.offset;
     const void* end = std::memchr(begin, 0, field.size);
-    return {begin, end != nullptr ? static_cast<std::size_t>(static_cast<const char*>(end) - begin) : field.size};
+    return {begin,
+            end != nullptr ? static_cast<std::size_t>(static_cast<const char*>(end) - begin) : field.size};
   }
   /// Stores a text and clears the rest of the span. False, with nothing stored, if it does not fit with its NUL.
   [[nodiscard]] bool set_text(TextField field, std::string_view value) {
@@ -149,15 +151,15 @@ static_assert(sizeof(FscRecord) == FscRecord::size);
 static_assert(std::is_trivially_copyable_v<FscRecord>);
 
 namespace line_flag {
-constexpr std::uint16_t unused_set = 0x1001;     // set on every record made in memory
-constexpr std::uint16_t columns = 0x0002;        // the columns are parsed fields, not literal text
-constexpr std::uint16_t adjustment = 0x0008;     // belongs to an adjustment block
-constexpr std::uint16_t first = 0x0010;          // first record of a statement
-constexpr std::uint16_t last = 0x0020;           // last record of a statement
-constexpr std::uint16_t result = 0x0040;         // yields a test result
-constexpr std::uint16_t adjust_follows = 0x0100; // an adjustment block follows this test
-constexpr std::uint16_t continues = 0x0200;      // continues the statement above though it bears the same FSC
-constexpr std::uint16_t warn_400 = 0x0400;       // reports on this record are warnings (also bit 0x0800)
+constexpr std::uint16_t unused_set = 0x1001;      // set on every record made in memory
+constexpr std::uint16_t columns = 0x0002;         // the columns are parsed fields, not literal text
+constexpr std::uint16_t adjustment = 0x0008;      // belongs to an adjustment block
+constexpr std::uint16_t first = 0x0010;           // first record of a statement
+constexpr std::uint16_t last = 0x0020;            // last record of a statement
+constexpr std::uint16_t result = 0x0040;          // yields a test result
+constexpr std::uint16_t adjust_follows = 0x0100;  // an adjustment block follows this test
+constexpr std::uint16_t continues = 0x0200;  // continues the statement above though it bears the same FSC
+constexpr std::uint16_t warn_400 = 0x0400;   // reports on this record are warnings (also bit 0x0800)
 constexpr std::uint16_t first_after_header = 0x0800;
 }  // namespace line_flag
 
@@ -171,9 +173,9 @@ constexpr Field<std::uint16_t> source_line{8};
 constexpr Field<std::uint8_t> listing_before{10};
 
 // Text payloads. A listing record and a record without parsed columns hold the whole line.
-constexpr TextField text{12, 80};       // DISP and the others of its family, EVAL, CALL, DO, END, header lines
-constexpr TextField text_14{14, 78};    // TOL, FMT, VSET, TSET, CMP, LABEL
-constexpr Field<std::uint16_t> text_kind{12};  // FMT, VSET: the text's kind
+constexpr TextField text{12, 80};     // DISP and the others of its family, EVAL, CALL, DO, END, header lines
+constexpr TextField text_14{14, 78};  // TOL, FMT, VSET, TSET, CMP, LABEL
+constexpr Field<std::uint16_t> text_kind{12};      // FMT, VSET: the text's kind
 constexpr Field<double> adjustment_threshold{12};  // header line 1033, percent
 
 // Standard instrument record.
@@ -192,15 +194,15 @@ constexpr Field<std::int16_t> jmp_target_major{12};
 constexpr Field<std::int16_t> jmp_target_minor{14};
 constexpr Field<std::int16_t> jmp_target_index{16};
 constexpr Field<std::uint32_t> jmp_link{18};
-constexpr Field<std::uint8_t> jmp_condition{22};   // 0 always, 1 "PASS", 2 "FAIL"
-constexpr TextField jmp_text{23, 43};              // a procedure's name (JMPF, JMPT), a tolerance expression (JMPZ)
-constexpr Field<double> jmp_tolerance{66};         // 0 none
+constexpr Field<std::uint8_t> jmp_condition{22};  // 0 always, 1 "PASS", 2 "FAIL"
+constexpr TextField jmp_text{23, 43};       // a procedure's name (JMPF, JMPT), a tolerance expression (JMPZ)
+constexpr Field<double> jmp_tolerance{66};  // 0 none
 constexpr Field<std::int16_t> jmpl_target_index{12};
 constexpr Field<std::uint32_t> jmpl_link{14};
-constexpr TextField jmpl_text{18, 74};             // label, blanks, optional expression
+constexpr TextField jmpl_text{18, 74};                 // label, blanks, optional expression
 constexpr Field<std::int16_t> block_target_index{14};  // IF, ELSE, ELSEIF, WHILE, ENDW, UNTIL
 constexpr Field<std::uint32_t> block_link{16};
-constexpr TextField block_text{20, 72};            // the condition
+constexpr TextField block_text{20, 72};  // the condition
 
 constexpr Field<std::uint32_t> target_options{12};  // TARGET, see target_option
 constexpr Field<std::uint32_t> ask_options{12};     // ASK+, ASK-
@@ -221,13 +223,13 @@ constexpr Field<std::uint8_t> meme_operation{22};  // 1 load ("<"), 2 store (">"
 
 // ACC, MEMC, MEMCX
 constexpr BlockField<RangeField> memc_range{12};
-constexpr TextField memc_nominal{22, 16};          // ACC: the nominal's unit text
+constexpr TextField memc_nominal{22, 16};  // ACC: the nominal's unit text
 constexpr BlockField<ToleranceField> memc_tolerance{38};
 constexpr TextField memc_modifier{70, 16};
 
 // ACCF
 constexpr Field<std::uint16_t> accf_ordinal{14};
-constexpr TextField accf_name{16, 76};             // empty for "*"
+constexpr TextField accf_name{16, 76};  // empty for "*"
 
 // CON: one number, or a set of switches. The 560 switches lie in five spans, see con_switch().
 constexpr Field<std::uint8_t> con_flags{12};
@@ -284,5 +286,9 @@ constexpr Field<std::int16_t> branch_index_field(std::uint16_t code) {
 
 /// True for a set-up line of the standard layout: it establishes a value but yields no result of its own.
 bool is_setup_line(const FscRecord& record);
+
+/// True for an instrument statement with a NOMINAL of "*": it takes the instrument to its start state and yields no
+/// result.
+bool is_reset_form(const FscRecord& record);
 
 }  // namespace orvane

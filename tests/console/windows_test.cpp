@@ -110,6 +110,32 @@ TEST_F(Windows, PicturesAreNamedAndWhatIsNoneIsTold) {
       << contents(path);
 }
 
+TEST_F(Windows, LiveValuesTakeTheNextAnswerOnceOneIsShown) {
+  const std::string path = (folder / "t.jsonl").string();
+  ASSERT_TRUE(transcript.open(path));
+  Answers answers;
+  std::string reason;
+  ASSERT_TRUE(parse_answers("ok\n", answers, reason));
+  ConsoleDesk console(transcript);
+  console.answer_from(&answers);
+  {
+    ::testing::internal::CaptureStdout();
+    const auto live = console.live({.kind = WindowKind::slew,
+                                    .title = "UUT Setup, a title that outlives its statement",
+                                    .lines = {"Range : 10 V"},
+                                    .buttons = {{answer::ok, "OK", true}, {answer::terminate, "Terminate"}}});
+    EXPECT_EQ(live->poll(), answer::failed);
+    live->post("9.9 V");
+    live->post("10 V");
+    EXPECT_EQ(live->poll(), answer::ok);
+    EXPECT_NE(::testing::internal::GetCapturedStdout().find("  = 10 V\n"), std::string::npos);
+  }
+  EXPECT_EQ(
+      contents(path),
+      "{\"event\":\"window\",\"kind\":\"slew\",\"title\":\"UUT Setup, a title that outlives its statement\","
+      "\"lines\":[\"Range : 10 V\",\"10 V\"],\"buttons\":[210,205],\"answer\":210}\n");
+}
+
 TEST_F(Windows, HiddenTextsAreWrittenNowhere) {
   const std::string path = (folder / "t.jsonl").string();
   ASSERT_TRUE(transcript.open(path));

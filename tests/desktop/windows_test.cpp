@@ -325,6 +325,28 @@ TEST_F(Windows, OnlyItsButtonEndsAWait) {
   EXPECT_TRUE(outer->abort_pressed());
 }
 
+TEST_F(Windows, LiveValuesStayUntilAKeyEndsThem) {
+  struct Case {
+    Qt::Key key;
+    int code;
+  };
+  for (const Case& c : {Case{Qt::Key_Return, answer::ok}, Case{Qt::Key_Escape, answer::terminate}}) {
+    const auto live = screen.live({.kind = WindowKind::slew,
+                                   .title = "UUT Setup",
+                                   .lines = {"Range : 10 V"},
+                                   .buttons = {{answer::ok, "OK", true}, {answer::terminate, "Terminate"}}});
+    live->post("9.999 V");
+    QTest::qWait(20);
+    auto* dialog = dynamic_cast<DeskWindow*>(QApplication::activeWindow());
+    ASSERT_NE(dialog, nullptr);
+    dialog->close();
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(live->poll(), answer::failed);
+    press_key(*dialog, c.key);
+    EXPECT_EQ(live->poll(), c.code);
+  }
+}
+
 TEST_F(Windows, AShortDelayOpensNoWindow) {
   const auto visible = [] {
     for (const QWidget* one : QApplication::topLevelWidgets())

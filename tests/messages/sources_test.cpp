@@ -200,7 +200,7 @@ constexpr const char* meter_3458 = "src/instruments/drivers/hp3458a.cpp";
 constexpr const char* limits_3458 = "src/instruments/drivers/hp3458a_limits.cpp";
 constexpr const char* driver_prompts = "src/instruments/drivers/prompts.cpp";
 const Table tables[] = {
-    {meter_3458, "message", meter_3458, R"(\b(26[3-6]\d)(?=(, 26\d\d)*(,\n|\})))", ""},
+    {meter_3458, "message", meter_3458, R"(\b(26(?:3[2-9]|4\d|5\d|60))[,}])", ""},
     {meter_3458, "write_message", meter_3458, R"(ERR\?", (26\d\d), \d+)", "s"},
     {meter_3458, "read_message", meter_3458, R"(ERR\?", \d+, (26\d\d))", "s"},
     {limits_3458, "message", limits_3458, R"(\}, (26\d\d)[,}])", "gg"},

@@ -49,10 +49,6 @@ Wanted wanted_of(const RunState& run, const FscRecord& record) {
   return wanted;
 }
 
-bool is_preset(const FscRecord& record) {
-  return (record.get(field::nominal).flags & QuantityField::keep) != 0;
-}
-
 bool check_wanted(RunState& run, const FscRecord& record, const RoadModel& model, const Wanted& wanted) {
   const double mod1_factor =
       wanted.mod1_unit == unit_code::none ? 1.0 : factor_of(record.get(field::mod1).prefix);
@@ -97,7 +93,7 @@ class Road {
   }
 
   End preset() {
-    if (!is_preset(record_)) return End::goes_on;
+    if (!is_reset_form(record_)) return End::goes_on;
     return model_.preset(device_) ? End::done : End::failed;
   }
 
@@ -144,8 +140,7 @@ class Road {
     const bool loop = run_.samples.count > 0;
     const Settle settle = loop ? Settle{0, 1} : model_.settle(wanted_);
     std::unique_ptr<WaitWindow> wait;
-    if (Operator* desk = platform().desk)
-      wait = desk->wait({device_.name(), msg(4707, device_.name()), true});
+    if (Operator* desk = platform().desk) wait = desk->wait({msg(30045), msg(4707, device_.name()), true});
     double sum = 0, value = 0;
     for (int i = 0; i < settle.thrown + settle.taken; ++i) {
       if (!model_.read(device_, wanted_, wait.get(), value)) return false;
@@ -263,7 +258,7 @@ bool tol_compute(RunState& run, const FscRecord& record, double nominal, double&
 bool road_run(Statement& statement, const RoadModel& model) { return Road(statement, model).travel(); }
 
 bool road_check(RunState& run, const FscRecord& record, const RoadModel& model) {
-  if (is_preset(record)) return true;
+  if (is_reset_form(record)) return true;
   const bool from_mem =
       nominal_is_mem(record, record.get(field::nominal)) || mod1_is_mem(record.get(field::mod1));
   if (from_mem && !run.active()) return true;

@@ -71,7 +71,8 @@ class Linker {
     line.set(static_cast<std::uint16_t>((first ? line_flag::first : line_flag::continues) |
                                         (last ? line_flag::last : 0)));
     const std::uint16_t code = line.code();
-    const bool setup = (code & code_class::instrument) != 0 && is_setup_line(line.record);
+    const bool setup =
+        (code & code_class::instrument) != 0 && (is_setup_line(line.record) || is_reset_form(line.record));
     if ((code & code_class::test) != 0 && !setup) line.set(line_flag::result);
   }
 

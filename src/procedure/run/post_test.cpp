@@ -44,7 +44,7 @@ class PostTest {
   bool finish() {
     run_.decision = DecisionBlock();
     stopped_ = run_.stopped();
-    evaluated_ = record_.has_flag(line_flag::result) && !stopped_;
+    evaluated_ = record_.has_flag(line_flag::result) && !stopped_ && !is_reset_form(record_);
     if (stopped_) vset_test_done(run_);
     if (evaluated_ && !judge()) return false;
     show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, percent_));
