@@ -337,7 +337,11 @@ TEST_F(Windows, LiveValuesStayUntilAKeyEndsThem) {
                                    .buttons = {{answer::ok, "OK", true}, {answer::terminate, "Terminate"}}});
     live->post("9.999 V");
     QTest::qWait(20);
-    auto* dialog = dynamic_cast<DeskWindow*>(QApplication::activeWindow());
+    DeskWindow* dialog = nullptr;
+    for (QWidget* one : QApplication::topLevelWidgets()) {
+      if (auto* window = dynamic_cast<DeskWindow*>(one); window != nullptr && window->isVisible())
+        dialog = window;
+    }
     ASSERT_NE(dialog, nullptr);
     dialog->close();
     EXPECT_TRUE(dialog->isVisible());
