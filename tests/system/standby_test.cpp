@@ -106,8 +106,9 @@ TEST_F(Standby, ASecondInterruptPutsTheSourcesToStandby) {
   Process process(start("*\n"));
   ASSERT_TRUE(process.wait_for("== looping"));
   process.signal(SIGINT);
+  ASSERT_TRUE(process.wait_for("--- Test stopped ---"));
   process.signal(SIGINT);
-  process.wait();
+  EXPECT_EQ(process.wait(10).status, 2);
   EXPECT_EQ(outputs(), all_off);
 }
 
