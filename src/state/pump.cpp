@@ -39,13 +39,14 @@ bool pump_messages_quick() {
 }
 
 WaitEnd pumping_wait(std::uint32_t milliseconds, std::uint32_t granularity) {
+  constexpr std::uint32_t frame = 15;  // milliseconds; windows are drawn 60 times a second
   Clock& clock = *platform().clock;
   const std::uint32_t start = clock.ticks();
   for (;;) {
     if (pump_messages()) return WaitEnd::stopped;
     const std::uint32_t elapsed = clock.ticks() - start;  // unsigned: right across the counter's wrap
     if (elapsed >= milliseconds) return WaitEnd::elapsed;
-    clock.sleep(std::min(granularity, milliseconds - elapsed));
+    clock.sleep(std::min({granularity, frame, milliseconds - elapsed}));
   }
 }
 
