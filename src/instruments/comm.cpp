@@ -273,7 +273,8 @@ bool comm_defaults(int port, SerialSettings& settings) {
 }
 
 SerialPortState* comm_port(RunState& run, int port) {
-  if (port >= 1 && port <= SerialState::port_limit && state_of(run, port).open) return &state_of(run, port);
+  if (port >= 1 && port <= SerialState::port_limit && state_of(run, port).is_open(run.demo_mode))
+    return &state_of(run, port);
   errp(458, port);
   return nullptr;
 }

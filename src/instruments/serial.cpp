@@ -98,7 +98,7 @@ bool serial_off(RunState& run, int port) {
 
 bool serial_is_open(const RunState& run, int port) {
   switch (kind_of(port)) {
-    case Kind::plain: return run.serial.ports[static_cast<std::size_t>(port - 1)].open;
+    case Kind::plain: return run.serial.ports[static_cast<std::size_t>(port - 1)].is_open(run.demo_mode);
     case Kind::pass_through:
       return run.serial.calibrator_ports[static_cast<std::size_t>(port - DevAddress::first_pass_through)]
           .open;

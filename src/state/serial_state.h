@@ -26,6 +26,9 @@ struct SerialPortState {
   std::uint32_t timeout = 0;         // milliseconds, 0 for no limit
   std::unique_ptr<SerialPort> line;  // none in demonstration mode
   SerialSettings settings;           // as sent last
+
+  /// A port that a demonstration has opened is not open for the real run behind it.
+  bool is_open(bool demo_mode) const { return open && (demo_mode || line != nullptr); }
 };
 
 /// A port on the back of a calibrator. Bytes that have come from it wait here until they are read.

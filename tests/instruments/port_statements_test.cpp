@@ -106,6 +106,9 @@ TEST_F(PortStatements, WithoutAPort) {
   desk.reply(answer::ok, "7");
   EXPECT_TRUE(statement(fsc::port, "[@COM2]A[CLR][REOPEN][I]"));
   EXPECT_EQ(run.registers.mem, 7);
+  run.demo_mode = false;
+  EXPECT_FALSE(statement(fsc::port, "[@COM2]A"));  // the demonstration has opened nothing
+  EXPECT_EQ(reported(), 470);
 }
 
 }  // namespace
