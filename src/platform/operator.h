@@ -152,6 +152,18 @@ constexpr int pass = 1, fail = 2, marginal = 3, skipped = 4, stopped = 5, commen
               fail_indeterminate = 8;
 }
 
+/// How the verdict of a test came about: facts in their order, and the shares of the uncertainty.
+struct BudgetShare {
+  std::string name;  // "U1 System accuracy"
+  std::string text;  // "6.2e-06 V, DF inf"
+  double share = 0;  // of the combined variance, 0 to 1
+};
+struct Explanation {
+  std::vector<LabelledText> facts;
+  std::vector<BudgetShare> budget;
+  bool empty() const { return facts.empty(); }
+};
+
 /// The decision about one test. All eight buttons are given; only the enabled ones may be pressed.
 struct TestWindow {
   struct TestButton {
@@ -164,6 +176,7 @@ struct TestWindow {
   int colour = 0;
   std::vector<LabelledText> texts;
   std::vector<TestButton> buttons;
+  Explanation explanation = {};  // shown on demand by a button of the front end's own
 };
 
 /// A please-wait window: open while the object lives.
@@ -204,6 +217,7 @@ struct ResultLine {
   std::string columns = {};  // for the results window, parted by tabs: number, range, UUT indicated, system
                              // actual, C, modifier, error, percent of tolerance
   std::optional<double> percent = {};  // of tolerance, signed; none where the test has no number
+  Explanation explanation = {};        // filled for a desk that explains_results()
 };
 
 /// What is about to run.
@@ -244,6 +258,8 @@ class Operator {
   // Boards, without an answer.
   virtual void status(int row, std::string_view text) = 0;
   virtual void result(const ResultLine& line) = 0;
+  /// True if every result should come with its explanation.
+  virtual bool explains_results() const { return false; }
   /// A line of the results board that belongs to no evaluation: a heading, a comment, a stop.
   virtual void result_note(std::string_view text, int colour) = 0;
   /// A run begins: the results board is cleared.

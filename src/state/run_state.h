@@ -11,13 +11,16 @@
 #include <utility>
 #include <vector>
 
+#include "state/accuracy_state.h"
 #include "state/bus_state.h"
 #include "state/fsc_record.h"
+#include "state/guard_state.h"
 #include "state/instrument_state.h"
 #include "state/math_store.h"
 #include "state/pipeline_state.h"
 #include "state/serial_state.h"
 #include "state/test_values.h"
+#include "state/uncertainty_state.h"
 
 namespace orvane {
 
@@ -156,6 +159,9 @@ struct RunState {
 
   TestValues test;
   DecisionBlock decision;
+  SystemAccuracy accuracy;
+  UncertaintyBlock uncertainty;
+  GuardResult guard;
   QuantitySlots slots;
   BlockStack blocks;
   std::vector<CallLevel> calls;
