@@ -307,6 +307,30 @@ void start_faults() {
   picture_of("start-faults", [&] { desk.tell_gathered(); });
 }
 
+// Windows of a bench at work.
+void bench(DesktopDesk& desk) {
+  LinesWindow leads;
+  leads.kind = WindowKind::connections;
+  leads.title = "Connect:";
+  leads.lines = {"HP 3458A", "", "Unit under test V / HI terminal to the HP 3458A Input HI",
+                 "Unit under test COM / LO terminal to the HP 3458A Input LO"};
+  leads.buttons = {{answer::ok, "OK", true}, {answer::terminate, "Terminate", false}};
+  picture_of("connect", [&] { desk.lines(leads); });
+  LinesWindow live;
+  live.kind = WindowKind::slew;
+  live.title = "Live values";
+  live.lines = {"Function : DC volts", "Range : 10 V",
+                "Turn the zero of the unit until the reading is near 0."};
+  live.buttons = leads.buttons;
+  if (const std::unique_ptr<LiveWindow> window = desk.live(live)) {
+    window->post("-0.0001234 V");
+    QApplication::processEvents();
+    save(*QApplication::activeWindow(), "live");
+  } else {
+    ++failures;
+  }
+}
+
 int all() {
   use_user_settings((scratch + "/settings.ini").toStdString());
   startup_config().workload_data.clear();
@@ -333,6 +357,7 @@ int all() {
   lists(desktop.desk());
   forms(desktop.desk());
   decisions(desktop.desk());
+  bench(desktop.desk());
   main.set_busy(true);
   desktop.desk().run_begins({"Hand-held multimeter: verification", "1.0", false});
   desktop.desk().enable_abort_menu(true);

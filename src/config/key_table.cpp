@@ -4,6 +4,7 @@
 #include <iterator>
 #include <vector>
 
+#include "config/setting_words.h"
 #include "config/value_grammar.h"
 
 namespace orvane {
@@ -16,10 +17,7 @@ using key_flag::optional;
 using key_flag::path;
 constexpr std::uint8_t required = 0;
 
-constexpr std::string_view yes_no = "YES:1, 1:1, NO:0, 0:0";
-constexpr std::string_view confidences =
-    "1sigma:1, 68.27%:1, 90.00%:2, 90.0%:2, 95.00%:3, 95.0%:3, 2sigma:4, 95.45%:4, 99.00%:5, 99.0%:5, "
-    "3sigma:6, 99.73%:6";
+constexpr std::string_view yes_no = setting_words::key_switch;
 
 // ---- Parsers of keys that are more than a word or a number ----
 
@@ -276,12 +274,12 @@ constexpr KeyRow rows[] = {
     real("CONF", optional, "0.0-4.0", &Config::CONF),
     real("COV_FAC", optional, "0.0-4.0", &Config::COV_FAC),
     real("F", optional, "0.0-4.0", &Config::F),
-    word("GB_MODE", optional, "STEP:1, INTERP:2", &Config::GB_MODE),
-    word("GB_OVERFLOW", optional, "DISABLE:1, DISABLE_W:2, LIMIT:3, LIMIT_W:4", &Config::GB_OVERFLOW),
-    word("GB_PTS", optional, "F:1, PF:2, P:3, RESULT:4", &Config::GB_PTS),
-    word("GB_RESULT", optional, "F:1, P:3, PF:4", &Config::GB_RESULT),
-    word("GB", optional, "DIRECT:1, MU:2, NTUR:3, OFF:4, RDS:5, TSR:6, TUR:7", &Config::GB),
-    word("KCONF", optional, confidences, &Config::KCONF),
+    word("GB_MODE", optional, setting_words::gb_mode, &Config::GB_MODE),
+    word("GB_OVERFLOW", optional, setting_words::gb_overflow, &Config::GB_OVERFLOW),
+    word("GB_PTS", optional, setting_words::gb_pts, &Config::GB_PTS),
+    word("GB_RESULT", optional, setting_words::gb_result, &Config::GB_RESULT),
+    word("GB", optional, setting_words::gb, &Config::GB),
+    word("KCONF", optional, setting_words::confidence, &Config::KCONF),
     word("MEASURE_ONLY", optional, yes_no, &Config::MEASURE_ONLY),
     word("MEMC_IRPT", optional, yes_no, &Config::MEMC_IRPT),
     word("PTF_DMM7", optional, yes_no, &Config::PTF_DMM7),
@@ -298,11 +296,11 @@ constexpr KeyRow rows[] = {
     word("PTF_K2002", optional, yes_no, &Config::PTF_K2002),
     word("PTF_CTR1", optional, yes_no, &Config::PTF_CTR1),
     word("REMCON", optional, yes_no, &Config::REMCON),
-    word("RSM", optional, "All:1, FirstLast:2, Last:3", &Config::RSM),
-    word("TOL_REF", optional, "NOMINAL:1, SYSTEM_ACTUAL:2, UUT_INDICATED:3", &Config::TOL_REF),
-    word("U2M", optional, "RSS:1, Single:2", &Config::U2M),
-    word("UCONF", optional, confidences, &Config::UCONF),
-    word("UFMT", optional, "ENGR:1, NOM:2, PREFIX:3, SCI:4", &Config::UFMT),
+    word("RSM", optional, setting_words::rsm, &Config::RSM),
+    word("TOL_REF", optional, setting_words::tol_ref, &Config::TOL_REF),
+    word("U2M", optional, setting_words::u2m, &Config::U2M),
+    word("UCONF", optional, setting_words::confidence, &Config::UCONF),
+    word("UFMT", optional, setting_words::ufmt, &Config::UFMT),
     word("USE_ST", optional, yes_no, &Config::USE_ST),
     word("UUP", optional, yes_no, &Config::UUP),
     word("WS", optional, yes_no, &Config::WS),

@@ -1,5 +1,6 @@
 // What an expression can ask of the run: its variables, its latest test, its procedure.
 #include "functions/families.h"
+#include "settings/vset.h"
 #include "values/math/letters.h"
 #include "values/math/variables.h"
 
@@ -7,6 +8,7 @@ namespace orvane {
 namespace {
 
 constexpr int null_name = 10317;
+constexpr int unknown_setting = 2850;
 
 bool math_is_var(MathCall& call) { return call.give_truth(mvar_Exists(call.run, call.str(0))); }
 
@@ -36,6 +38,12 @@ bool math_psubi(MathCall& call) {
   return call.give_truth(false);
 }
 
+// The value of a setting as it stands; empty where the procedure sets none.
+bool math_vget(MathCall& call) {
+  if (!vset_is_name(call.str(0))) return call.report(unknown_setting, call.str(0));
+  return call.give_text(vset_get(call.run, call.str(0)).value_or(""));
+}
+
 using S = Signature;
 
 constexpr MathFunctionRow rows[] = {
@@ -44,6 +52,7 @@ constexpr MathFunctionRow rows[] = {
     {"pass", S::gives_int, 0, math_pass},     {"proc", S::gives_str, 0, math_proc},
     {"psub", S::str_gives_int, 0, math_psub}, {"psubi", S::str_gives_int, 0, math_psubi},
     {"ui", S::gives_num, 0, math_ui},         {"vers", S::gives_str, 0, math_vers},
+    {"vget", S::str_gives_str, 0, math_vget},
 };
 
 }  // namespace

@@ -99,9 +99,9 @@ std::optional<int> terminator_argument(std::string_view text, bool output) {
 
 std::string bus_file_path(std::string_view name) {
   std::string path;
-  if (startup_config().user_data_dir.empty() ||
+  if (name.find('\0') != std::string_view::npos ||
       !join_path(path, path_limit, startup_config().user_data_dir, name))
-    return std::string(name);
+    return {};
   return path;
 }
 
@@ -120,6 +120,7 @@ bool ReplyFile::open(RunState& run, const FscRecord& record, std::string_view ar
   if (name.empty()) return refuse_argument(run, record, argument);
   stream_ = std::make_unique<Stream>();
   stream_->path = bus_file_path(name);
+  if (stream_->path.empty()) return run_error(run, 30930, name);
   stream_->file.open(stream_->path, std::ios::binary | (adds ? std::ios::app : std::ios::trunc));
   return stream_->file.is_open() || run_error(run, 30930, stream_->path);
 }
@@ -137,6 +138,7 @@ bool eval_output(RunState& run, const FscRecord& record, std::string_view argume
       argument.starts_with('<') ? trim_blanks(argument.substr(1)) : std::string_view();
   if (name.empty()) return refuse_argument(run, record, argument);
   const std::string path = bus_file_path(name);
+  if (path.empty()) return run_error(run, 1920, name);
   std::ifstream file(path, std::ios::binary);
   if (!file.is_open()) return run_error(run, 1920, path);
   std::string block(file_block, '\0');

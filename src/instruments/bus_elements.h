@@ -75,6 +75,7 @@ double number_in_reply(std::string_view reply);
 // --- Files -----------------------------------------------------------------------------------------------------
 
 /// Where a statement's file stands: a relative name joins the folder of the key "user_data_dir".
+/// Empty for a name that holds a NUL or makes a path of 260 characters or more: such a file is never opened.
 std::string bus_file_path(std::string_view name);
 
 /// A file that takes bytes as they come. Its argument is "> name" or ">> name", which adds to what is there.

@@ -7,7 +7,7 @@
 
 #include "config/startup_config.h"
 #include "instruments/instrument_names.h"
-#include "settings/vset.h"
+#include "settings/settings.h"
 #include "state/fsc.h"
 #include "state/report.h"
 
@@ -96,24 +96,20 @@ const char* fault_of(const DriverRow& row, const Drivers& installed) {
 
 // --- Leaving -------------------------------------------------------------------------------------------------------
 
-struct LeaveKey {
+struct LeaveSwitch {
   std::uint16_t code;
-  const char* name;
-  std::int16_t StartupConfig::*key;
+  Setting setting;
 };
-constexpr LeaveKey leave_keys[] = {
-    {1, "PTF_HP3458A", &StartupConfig::PTF_HP3458A},    {35, "PTF_K2000", &StartupConfig::PTF_K2000},
-    {36, "PTF_K2001", &StartupConfig::PTF_K2001},       {37, "PTF_K2002", &StartupConfig::PTF_K2002},
-    {38, "PTF_HP34401A", &StartupConfig::PTF_HP34401A}, {39, "PTF_HP34420A", &StartupConfig::PTF_HP34420A}};
+constexpr LeaveSwitch leave_switches[] = {{1, Setting::PTF_HP3458A},   {35, Setting::PTF_K2000},
+                                          {36, Setting::PTF_K2001},    {37, Setting::PTF_K2002},
+                                          {38, Setting::PTF_HP34401A}, {39, Setting::PTF_HP34420A}};
 
-// The procedure's setting, else the key, else what the driver says.
+// A model without a switch of its own is always left in order.
 bool leave_is_wanted(RunState& run, const DriverRow& row) {
-  for (const LeaveKey& key : leave_keys) {
-    if (key.code != row.code) continue;
-    if (const auto setting = vset_get(run, key.name)) return *setting == "YES" || *setting == "1";
-    if (startup_config().*key.key >= 0) return startup_config().*key.key != 0;
+  for (const LeaveSwitch& one : leave_switches) {
+    if (one.code == row.code) return setting_code(run, one.setting) != 0;
   }
-  return row.leaves_by_default;
+  return true;
 }
 
 }  // namespace

@@ -32,7 +32,6 @@ struct DriverRow {
   bool (*reset)(RunState& run, const DevAddress& address) = nullptr;
   /// Reads out and reports why it asks for service; true if that has dealt with the request.
   bool (*serve)(RunState& run, const DevAddress& address, std::uint8_t status) = nullptr;
-  bool leaves_by_default = false;  // where its PTF key is not set
 };
 
 /// All drivers, in the order of their codes. Start-up hands them down; the tables are checked as they come: an

@@ -10,7 +10,7 @@
 #include "instruments/driver_table.h"
 #include "instruments/ieee488_parts.h"
 #include "platform/platform.h"
-#include "settings/vset.h"
+#include "settings/settings.h"
 #include "state/debug.h"
 #include "state/pump.h"
 #include "state/report.h"
@@ -140,13 +140,8 @@ bool serve(RunState& run, int board) {
 
 // ---- Waiting ----
 
-// A setting of the procedure, else of the startup configuration.
-std::uint32_t srq_setting(RunState& run, std::string_view name, std::int16_t key) {
-  if (const auto text = vset_get(run, name)) {
-    if (const auto number = short_number(*text); number && *number >= 0)
-      return static_cast<std::uint32_t>(*number);
-  }
-  return key > 0 ? static_cast<std::uint32_t>(key) : 0;
+std::uint32_t srq_setting(RunState& run, Setting setting) {
+  return static_cast<std::uint32_t>(std::max(setting_code(run, setting), 0));
 }
 
 class Waiting {
@@ -209,10 +204,9 @@ class Waiting {
   }
 
   SrqWait ask_device(std::uint8_t& status) {
-    const auto& keys = startup_config();
-    const std::uint32_t retries = srq_setting(run_, "SrqRetry", keys.SrqRetry);
-    const std::uint32_t hold_off = srq_setting(run_, "SrqHoldOff", keys.SrqHoldOff);
-    const std::uint32_t delay = srq_setting(run_, "SrqDelay", keys.SrqDelay);
+    const std::uint32_t retries = srq_setting(run_, Setting::SrqRetry);
+    const std::uint32_t hold_off = srq_setting(run_, Setting::SrqHoldOff);
+    const std::uint32_t delay = srq_setting(run_, Setting::SrqDelay);
     if (hold_off != 0 && pumping_wait(hold_off) == WaitEnd::stopped)
       return ends(SrqWait::stopped, 2715, address_.board, address_.primary);
     for (std::uint32_t attempt = 0; attempt <= retries; ++attempt) {

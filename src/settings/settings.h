@@ -3,6 +3,7 @@
 // startup keys give them.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -36,8 +37,5 @@ int setting_code(RunState& run, Setting setting);
 
 /// The text in force of a setting that is a text (CPT, MFILE, N5532A-..., TDESC); empty without one.
 std::string setting_text(RunState& run, Setting setting);
-
-/// setting_code() of the switch of an instrument, by the name behind "PTF_"; 1 for a name without a switch.
-int setting_switch(RunState& run, std::string_view instrument);
 
 }  // namespace orvane

@@ -1,8 +1,10 @@
 #include "settings/vset.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "config/value_grammar.h"
+#include "settings/setting_table.h"
 #include "state/report.h"
 #include "text/expand.h"
 #include "values/numbers.h"
@@ -11,62 +13,14 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t expanded_limit = 255;
-constexpr std::string_view all_names = "ALL";
-constexpr std::string_view math_epsilon_name = "MATH_EPSILON";
-constexpr double default_math_epsilon = 1e-13;
-
-// ---- The vocabulary ----
-
-bool is_math_epsilon(std::string_view value) {
-  const std::optional<double> number = whole_number(value);
-  return number && (*number == 0.0 || num_in(*number, 1e-15, 1e-5));
-}
-
-// Waits in milliseconds, and a count.
-bool is_srq_wait(std::string_view value) {
-  const std::optional<int> number = short_number(value);
-  return number && *number >= 0 && *number <= 1000;
-}
-bool is_srq_retry(std::string_view value) {
-  const std::optional<int> number = short_number(value);
-  return number && *number >= 0 && *number <= 100;
-}
-bool is_switch(std::string_view value) {
-  return value == "YES" || value == "NO" || value == "1" || value == "0";
-}
-
-bool is_yes_or_no(std::string_view value) { return value == "YES" || value == "NO"; }
-
-bool is_nothing_else(std::string_view) { return false; }
-
-struct NameRow {
-  std::string_view name;
-  bool (*is_value)(std::string_view value);
-};
-constexpr NameRow names[] = {
-    {all_names, is_nothing_else},  // takes "*" alone
-    {"ResetUUT", is_yes_or_no},   {math_epsilon_name, is_math_epsilon},
-    {"SrqDelay", is_srq_wait},    {"SrqHoldOff", is_srq_wait},
-    {"SrqRetry", is_srq_retry},   {"PTF_HP3458A", is_switch},
-    {"PTF_HP34401A", is_switch},  {"PTF_HP34420A", is_switch},
-    {"PTF_K2000", is_switch},     {"PTF_K2001", is_switch},
-    {"PTF_K2002", is_switch},
-};
-
-const NameRow* find_name(std::string_view name) {
-  const auto row = std::find_if(std::begin(names), std::end(names),
-                                [&](const NameRow& one) { return same_word(one.name, name); });
-  return row != std::end(names) ? row : nullptr;
-}
-
 // ---- The store ----
 
-// The entry of a name in a RunState or a const RunState; null without one.
-template <class Run>
-auto* find_entry(Run& run, std::string_view name) {
-  const auto entry = std::find_if(run.vset.begin(), run.vset.end(),
-                                  [&](const VsetEntry& one) { return same_word(one.name, name); });
-  return entry != run.vset.end() ? &*entry : nullptr;
+// The entry of a setting; null without one.
+VsetEntry* find_entry(RunState& run, Setting setting) {
+  for (VsetEntry& entry : run.vset) {
+    if (entry.setting == static_cast<std::uint8_t>(setting)) return &entry;
+  }
+  return nullptr;
 }
 
 bool holds_brackets(std::string_view value) { return value.find('[') != std::string_view::npos; }
@@ -87,11 +41,12 @@ void drop_empty_entries(RunState& run) {
   std::erase_if(run.vset, [](const VsetEntry& entry) { return !entry.vset_value && !entry.tset_value; });
 }
 
-void store(RunState& run, std::string_view name, std::string_view value, VsetKind kind) {
-  VsetEntry* entry = find_entry(run, name);
+void store(RunState& run, Setting setting, std::string_view name, std::string_view value, VsetKind kind) {
+  VsetEntry* entry = find_entry(run, setting);
   if (entry == nullptr) {
-    run.vset.emplace_back().name = name;
-    entry = &run.vset.back();
+    entry = &run.vset.emplace_back();
+    entry->setting = static_cast<std::uint8_t>(setting);
+    entry->name = name;
   }
   (kind == VsetKind::permanent ? entry->vset_value : entry->tset_value) = value;
   update_flags(*entry);
@@ -101,43 +56,70 @@ VsetKind kind_of(const FscRecord& record) {
   return record.code() == fsc::tset ? VsetKind::one_test : VsetKind::permanent;
 }
 
-// The value in force as it was written; null without one.
-const std::string* written_value(const RunState& run, std::string_view name) {
-  const VsetEntry* entry = find_entry(run, name);
-  if (entry == nullptr) return nullptr;
-  return entry->tset_value ? &*entry->tset_value : &*entry->vset_value;
-}
-
 bool expanded(RunState& run, const FscRecord& record, std::string_view value, std::string& out) {
   return expand_text(run, record, value, out) && out.size() <= expanded_limit;
+}
+
+// The value in force, brackets expanded; nothing without one.
+std::optional<std::string> text_in_force(RunState& run, const VsetEntry& entry) {
+  const std::string& written = entry.tset_value ? *entry.tset_value : *entry.vset_value;
+  if (!holds_brackets(written)) return written;
+  FscRecord record = fsc_record_new();
+  record.set(field::code, fsc::vset);
+  std::string out;
+  // The expansion may act on the run: it works on a copy.
+  if (!expanded(run, record, std::string(written), out)) return std::nullopt;
+  return out;
+}
+
+std::optional<double> read_number(RunState& run, const VsetEntry& entry) {
+  const SettingRow& row = setting_row(static_cast<Setting>(entry.setting));
+  const std::string& written = entry.tset_value ? *entry.tset_value : *entry.vset_value;
+  if (!holds_brackets(written)) return setting_parse(row, written, SettingCheck::full);
+  const std::optional<std::string> text = text_in_force(run, entry);
+  if (!text) return std::nullopt;
+  const std::optional<double> value = setting_parse(row, *text, SettingCheck::without_range);
+  if (!value) warnp(2734, row.name, *text);
+  return value;
+}
+
+std::optional<double> key_value(const SettingRow& row) {
+  const StartupConfig& config = startup_config();
+  if (row.word_key != nullptr && config.*row.word_key != row.unset_key) return config.*row.word_key;
+  if (row.real_key != nullptr && config.*row.real_key != row.unset_key) return config.*row.real_key;
+  return std::nullopt;
 }
 
 bool run_vset(Statement& statement) {
   const std::string_view text = statement.record.text(field::text_14);
   std::string name, value;
-  if (key_value_split(text, name, text.size(), value, text.size()))
-    vset_add(statement.run, statement.record, name, value);
-  return true;  // a setting that is refused does not stop the procedure
+  if (!key_value_split(text, name, text.size(), value, text.size())) return !warnp(2734, text, "");
+  if (find_setting(name) == nullptr) return errp(2217, "vset_add \"" + name + "\"");
+  vset_add(statement.run, statement.record, name, value);
+  return true;  // a value that is refused does not stop the procedure
 }
 
 }  // namespace
 
+bool vset_is_name(std::string_view name) { return find_setting(name) != nullptr; }
+
 bool vset_validate(std::string_view name, std::string_view value) {
-  const NameRow* row = find_name(name);
-  return value == "*" || (row != nullptr && row->is_value(value));
+  const SettingRow* row = find_setting(name);
+  return value == "*" || (row != nullptr && setting_parse(*row, value, SettingCheck::full).has_value());
 }
 
 bool vset_add(RunState& run, const FscRecord& record, std::string_view name, std::string_view value) {
   const VsetKind kind = kind_of(record);
+  const SettingRow* row = find_setting(name);
   if (value == "*") {
-    vset_del(run, same_word(name, all_names) ? "*" : name, kind);
+    vset_del(run, row != nullptr && row->setting == Setting::ALL ? "*" : name, kind);
     return true;
   }
-  if (find_name(name) == nullptr) return errp(2217, "vset_add \"" + std::string(name) + "\"");
+  if (row == nullptr) return errp(2217, "vset_add \"" + std::string(name) + "\"");
   std::string checked(value);
   if ((holds_brackets(value) && !expanded(run, record, value, checked)) || !vset_validate(name, checked))
     return warnp(2734, name, value);
-  store(run, name, value, kind);
+  store(run, row->setting, name, value, kind);
   return true;
 }
 
@@ -149,29 +131,53 @@ void vset_del(RunState& run, std::string_view name, VsetKind kind) {
 }
 
 std::optional<std::string> vset_get(RunState& run, std::string_view name) {
-  const std::string* value = written_value(run, name);
-  if (value == nullptr || !holds_brackets(*value))
-    return value != nullptr ? std::optional(*value) : std::nullopt;
-  FscRecord record = fsc_record_new();
-  record.set(field::code, fsc::vset);
-  std::string out;
-  if (!expanded(run, record, std::string(*value), out)) return std::nullopt;
-  return out;
+  const SettingRow* row = find_setting(name);
+  const VsetEntry* entry = row != nullptr ? find_entry(run, row->setting) : nullptr;
+  return entry != nullptr ? text_in_force(run, *entry) : std::nullopt;
 }
 
 void vset_test_done(RunState& run) {
   if (!run.vset.empty()) vset_del(run, "*", VsetKind::one_test);
 }
 
+std::optional<double> setting_set(RunState& run, Setting setting) {
+  const VsetEntry* entry = find_entry(run, setting);
+  if (entry == nullptr) return std::nullopt;
+  const std::optional<double> value = read_number(run, *entry);
+  // -1 readings to throw away leave the number to the key.
+  return setting == Setting::NTHROW && value == -1.0 ? std::nullopt : value;
+}
+
+std::optional<double> setting_value(RunState& run, Setting setting) {
+  if (const std::optional<double> set = setting_set(run, setting)) return set;
+  const SettingRow& row = setting_row(setting);
+  const std::optional<double> key = key_value(row);
+  return key ? key : row.fallback;
+}
+
+int setting_code(RunState& run, Setting setting) {
+  return static_cast<int>(setting_value(run, setting).value_or(0));
+}
+
+std::string setting_text(RunState& run, Setting setting) {
+  if (const VsetEntry* entry = find_entry(run, setting)) {
+    if (std::optional<std::string> text = text_in_force(run, *entry)) return std::move(*text);
+  }
+  const SettingRow& row = setting_row(setting);
+  return row.text_key != nullptr ? startup_config().*row.text_key : std::string();
+}
+
+int setting_switch(RunState& run, std::string_view instrument) {
+  const SettingRow* row = find_setting("PTF_" + std::string(instrument));
+  return row != nullptr ? setting_code(run, row->setting) : 1;
+}
+
 double vset_math_epsilon(const RunState& run) {
+  constexpr double unset = 1e-13;
   if (run.vset.empty()) [[likely]]
-    return default_math_epsilon;
-  const std::string* value = written_value(run, math_epsilon_name);
-  if (value == nullptr) return default_math_epsilon;
-  if (!holds_brackets(*value)) return whole_number(*value).value_or(default_math_epsilon);
+    return unset;
   // Expanding may act on the run, of which there is one.
-  const std::optional<std::string> now = vset_get(run_state(), math_epsilon_name);
-  return now ? whole_number(*now).value_or(default_math_epsilon) : default_math_epsilon;
+  return setting_value(run_state(), Setting::MATH_EPSILON).value_or(unset);
 }
 
 std::span<const HandlerRow> settings_handlers() {

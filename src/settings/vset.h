@@ -19,6 +19,9 @@ namespace orvane {
 
 enum class VsetKind { permanent, one_test };
 
+/// Is this a name of the vocabulary, in any case?
+bool vset_is_name(std::string_view name);
+
 /// Is the name known and the value one of its values? "*" always is.
 bool vset_validate(std::string_view name, std::string_view value);
 

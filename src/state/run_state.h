@@ -115,7 +115,8 @@ struct DrawSettings {
 struct VsetEntry {
   static constexpr std::uint16_t brackets = 0x0001, tset_present = 0x0002;
   std::uint16_t flags = 0;
-  std::string name;
+  std::uint8_t setting = 0;  // Setting, the index of the name in the vocabulary
+  std::string name;          // as written
   std::optional<std::string> vset_value;
   std::optional<std::string> tset_value;
 };

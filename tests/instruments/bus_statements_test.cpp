@@ -137,6 +137,9 @@ TEST_F(BusStatements, FilesAreSentAndWritten) {
   script.replies = {"new"};
   EXPECT_TRUE(statement(fsc::ieee, "[I>in.bin]"));
   EXPECT_EQ(contents(folder / "in.bin"), "new");
+  // A name that would be cut reaches no other file.
+  EXPECT_EQ(bus_file_path(std::string(300, 'n')), "");
+  EXPECT_EQ(bus_file_path(std::string_view("in.bin\0x", 8)), "");
 }
 
 TEST_F(BusStatements, AStopEndsAStatementAtItsNextElement) {

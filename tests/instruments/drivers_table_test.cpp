@@ -70,13 +70,10 @@ TEST_F(DriverTable, TheSettingThenTheKeySaysWhetherAModelIsLeft) {
   struct Case {
     const char* setting;
     int key;
-    bool by_default, force, left;
+    bool force, left;
   };
-  for (const Case& c :
-       {Case{"", -1, false, false, false}, Case{"", -1, true, false, true}, Case{"", 0, true, false, false},
-        Case{"", 1, false, false, true}, Case{"NO", 1, true, false, false}, Case{"1", 0, false, false, true},
-        Case{"NO", 0, false, true, true}}) {
-    row.leaves_by_default = c.by_default;
+  for (const Case& c : {Case{"", -1, false, false}, Case{"", 0, false, false}, Case{"", 1, false, true},
+                        Case{"NO", 1, false, false}, Case{"1", 0, false, true}, Case{"NO", 0, true, true}}) {
     ASSERT_TRUE(drivers_install({&row, 1}));
     startup_config().PTF_HP34401A = static_cast<std::int16_t>(c.key);
     run.vset.clear();
