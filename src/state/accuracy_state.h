@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -40,6 +41,13 @@ struct PendingAccuracy {
   double sys_tol = 0;
   std::uint32_t mod_extra = 0;  // MOD2: its code and value
   std::uint8_t mod3 = 0;
+};
+
+/// The files that ACCF statements have named in this run, and the statements that the procedure names in ACCF at all.
+struct AccfTable {
+  static constexpr std::size_t slots = 251, code_limit = 64;
+  std::array<std::string, slots> files;  // by the low byte of a statement's code; empty: the usual choice
+  std::vector<std::uint16_t> codes;      // found by the scan in front of the run
 };
 
 /// The latest ACC statement.

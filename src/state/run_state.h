@@ -161,6 +161,7 @@ struct RunState {
   TestValues test;
   DecisionBlock decision;
   SystemAccuracy accuracy;
+  AccfTable accf;
   UncertaintyBlock uncertainty;
   GuardResult guard;
   QuantitySlots slots;

@@ -8,6 +8,7 @@
 #include "config/user_settings.h"
 #include "evaluation/handlers.h"
 #include "functions/functions.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/bench.h"
 #include "instruments/bench_load.h"
 #include "instruments/bus_statements.h"
@@ -88,11 +89,13 @@ std::string default_config_path() {
 
 void engine_install() {
   drivers_sound = drivers_install(all_drivers());
-  for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
-                              settings_handlers(), operator_handlers(), bus_handlers(), reset_handlers(),
-                              connection_handlers(), driver_handlers(), pipeline_handlers()})
+  for (const auto handlers :
+       {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(), settings_handlers(),
+        operator_handlers(), bus_handlers(), reset_handlers(), connection_handlers(), driver_handlers(),
+        accuracy_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
   post_test_install_standby(bench_standby);
+  accuracy_install();
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
 }

@@ -2,6 +2,7 @@
 
 #include "config/startup_config.h"
 #include "functions/functions.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/bus_statements.h"
 #include "instruments/connections.h"
 #include "instruments/reset_list.h"
@@ -83,6 +84,7 @@ constexpr RunResetRow rows[] = {
     {"RESET lists", reset_clear, ResetWhen::always},
     {"connections", con_clear, ResetWhen::always},
     {"settings of modifier statements", reset_modifiers, ResetWhen::always},
+    {"ACCF", accf_reset, ResetWhen::always},
     {"repeated measurement", reset_samples, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };
