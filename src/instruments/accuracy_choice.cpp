@@ -5,6 +5,7 @@
 
 #include "config/startup_config.h"
 #include "config/value_grammar.h"
+#include "evaluation/correction.h"
 #include "evaluation/system_accuracy.h"
 #include "instruments/device_list.h"
 #include "instruments/driver_table.h"
@@ -136,6 +137,17 @@ struct SiblingRow {
 constexpr SiblingRow sibling_rows[] = {
     {fsc::resf, fsc::mfc3}, {fsc::wide, fsc::mfc3}, {fsc::n5530, fsc::n5531}};
 
+// The name of a statement in small letters, as its files have it.
+std::string file_stem(std::uint16_t code) {
+  const auto sibling = std::find_if(std::begin(sibling_rows), std::end(sibling_rows),
+                                    [code](const SiblingRow& row) { return row.code == code; });
+  const std::uint16_t named = sibling != std::end(sibling_rows) ? sibling->sibling : code;
+  std::string name(fsc_name(fsc_ordinal(named)));
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return name;
+}
+
 bool join_accuracy_path(RunState& run, std::string_view name, std::string& path) {
   return join_path(path, accuracy_path_limit, startup_config().accdir, name) ||
          run_error(run, 128, name, accuracy_path_limit);
@@ -156,6 +168,17 @@ bool lookup(RunState& run, const FscRecord& record, std::string_view mode, doubl
             std::optional<double> modifier, AccRow& row) {
   std::string path;
   return acc_path_for_node(run, record, path) && acc_lookup(path, mode, value, modifier, row);
+}
+
+// Corrections are one specimen's: the file has the statement's name, and may name the asset that it is for.
+bool correction_file(RunState& run, const FscRecord& record, std::string& path, std::string& asset) {
+  path.clear();
+  if (startup_config().correctdir.empty()) return true;
+  const std::uint16_t code = instrument_code_of_statement(record.code());
+  if (const InstrumentRecord* row = code != 0 ? dev_find(code) : nullptr) asset = row->asset;
+  const std::string name = file_stem(record.code()) + ".cor";
+  return join_path(path, accuracy_path_limit, startup_config().correctdir, name) ||
+         run_error(run, 128, name, accuracy_path_limit);
 }
 
 // --- ACCF ----------------------------------------------------------------------------------------------------------
@@ -241,13 +264,7 @@ bool acc_path_from_accf(RunState& run, std::string_view name, std::string& path)
 }
 
 bool acc_default_path(RunState& run, std::uint16_t code, std::string& path) {
-  const auto sibling = std::find_if(std::begin(sibling_rows), std::end(sibling_rows),
-                                    [code](const SiblingRow& row) { return row.code == code; });
-  const std::uint16_t named = sibling != std::end(sibling_rows) ? sibling->sibling : code;
-  std::string name(fsc_name(fsc_ordinal(named)));
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return join_accuracy_path(run, name + ".acc", path);
+  return join_accuracy_path(run, file_stem(code) + ".acc", path);
 }
 
 bool acc_path_for_node(RunState& run, const FscRecord& record, std::string& path) {
@@ -287,6 +304,7 @@ std::span<const HandlerRow> accuracy_handlers() { return rows; }
 void accuracy_install() {
   acc_install_names(instrument_code);
   ur_install_source({lookup});
+  cor_install_source({correction_file});
 }
 
 }  // namespace orvane

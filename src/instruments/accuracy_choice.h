@@ -53,7 +53,7 @@ void accf_reset(RunState& run);
 /// ACCF.
 std::span<const HandlerRow> accuracy_handlers();
 
-/// Hands the choice down to the system accuracy, and the names of instruments to the scan.
+/// Hands the choice down to the system accuracy and the corrections, and the names of instruments to the scan.
 void accuracy_install();
 
 }  // namespace orvane

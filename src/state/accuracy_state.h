@@ -59,6 +59,15 @@ struct AccStatement {
   std::string units;  // the text behind the number
 };
 
+/// The correction of the latest reading that had one; test_bit::corrected tells whether it is the test's.
+struct AppliedCorrection {
+  double first = 0;   // at the value, in the nominal's unit without prefix
+  double second = 0;  // at the modifier, in the same unit
+  std::string path;
+  int line = 0;  // of the first one's RANGE
+  double amount() const { return first + second; }
+};
+
 /// Why the sequence of the system accuracy ended.
 enum class UrStatus : std::uint8_t {
   not_run = 0,

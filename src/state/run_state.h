@@ -162,6 +162,7 @@ struct RunState {
   DecisionBlock decision;
   SystemAccuracy accuracy;
   AccfTable accf;
+  AppliedCorrection correction;
   UncertaintyBlock uncertainty;
   GuardResult guard;
   QuantitySlots slots;

@@ -6,6 +6,7 @@
 #include "config/profile.h"
 #include "config/startup_config.h"
 #include "config/user_settings.h"
+#include "evaluation/correction.h"
 #include "evaluation/handlers.h"
 #include "functions/functions.h"
 #include "instruments/accuracy_choice.h"
@@ -22,6 +23,7 @@
 #include "procedure/pipeline/run_ends.h"
 #include "procedure/run/dispatch.h"
 #include "procedure/run/flow.h"
+#include "procedure/run/loop.h"
 #include "procedure/run/post_test.h"
 #include "settings/vset.h"
 #include "state/debug.h"
@@ -73,6 +75,8 @@ bool run_std(Statement& s) {
   return true;
 }
 
+constexpr LoopHookRow loop_rows[] = {{LoopStep::check_instruments, cor_check}};
+
 bool drivers_sound = false;
 
 constexpr HandlerRow pipeline_rows[] = {{fsc::std, run_std, Pace::quick}};
@@ -96,6 +100,7 @@ void engine_install() {
     dispatch_install(handlers);
   post_test_install_standby(bench_standby);
   accuracy_install();
+  loop_install(loop_rows);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
 }

@@ -57,7 +57,7 @@ struct AccIndex {
 bool is_na(std::string_view text) { return same_word(text, "na"); }
 
 bool take_number(std::string_view text, double& value) {
-  return number_length(text) == text.size() && scan_number(text, value) == text.size() &&
+  return !text.empty() && scan_number(text, value) == text.size() &&
          std::isfinite(value);
 }
 
