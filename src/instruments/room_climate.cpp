@@ -14,6 +14,7 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t file_limit = 16U << 20, line_limit = 200;
+constexpr int seconds_per_minute = 60;
 constexpr double lowest_temperature = -60, highest_temperature = 100, highest_humidity = 100;
 
 RoomSensor installed_sensor = nullptr;
