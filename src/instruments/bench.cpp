@@ -6,8 +6,10 @@
 #include "instruments/bench_load.h"
 #include "instruments/device_list.h"
 #include "instruments/driver_table.h"
+#include "instruments/drivers/device.h"
 #include "instruments/ieee488.h"
 #include "instruments/instrument_names.h"
+#include "instruments/inventory.h"
 #include "instruments/reset_list.h"
 #include "instruments/serial.h"
 #include "instruments/srq.h"
@@ -111,6 +113,14 @@ bool serve_waiting_requests(RunState& run) {
   return false;
 }
 
+// Is it the very instrument that the inventory has under the asset? Nothing to ask without an inventory, and of a model
+// that does not tell its maker and number.
+bool is_that_asset(RunState& run, const InstrumentRecord& row, const DeviceIdentity& identity) {
+  if (identity.maker.empty() || row.asset.empty() || !inventory_stands()) return true;
+  return serial_number_check(run, row.code, identity,
+                             inventory_text(row.asset, inventory_property::serial_number).value_or(""));
+}
+
 // The instruments of the run say who they are, so that a wrong one at an address is found before it is used.
 bool identify(RunState& run) {
   std::size_t at = 0;
@@ -120,6 +130,7 @@ bool identify(RunState& run) {
     DeviceIdentity identity;
     if (!dev_identify(run, row->code, row->address, identity))
       return run_error(run, 2513, instrument_text(row->code));
+    if (!is_that_asset(run, *row, identity)) return false;
   }
   return true;
 }

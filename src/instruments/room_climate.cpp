@@ -7,14 +7,15 @@
 #include "messages/catalogue.h"
 #include "platform/files.h"
 #include "platform/platform.h"
+#include "values/dates.h"
 #include "values/numbers.h"
 
 namespace orvane {
 namespace {
 
 constexpr std::size_t file_limit = 16U << 20, line_limit = 200;
-constexpr double lowest_temperature = -60, highest_temperature = 100, highest_humidity = 100;
 constexpr int seconds_per_minute = 60;
+constexpr double lowest_temperature = -60, highest_temperature = 100, highest_humidity = 100;
 
 RoomSensor installed_sensor = nullptr;
 
@@ -30,39 +31,6 @@ std::vector<std::string> columns_of(std::string_view line) {
   }
 }
 
-// Numbers between separators: "2026-11-23" or "08:30".
-std::optional<std::vector<int>> parts_of(std::string_view text, char separator) {
-  const auto tokens = split_list(text, separator);
-  if (!tokens) return std::nullopt;
-  std::vector<int> parts;
-  for (const std::string& token : *tokens) {
-    const auto number = parse_short(token);
-    if (!number || *number < 0) return std::nullopt;
-    parts.push_back(*number);
-  }
-  return parts;
-}
-
-std::optional<std::time_t> time_of(std::string_view date_text, std::string_view clock_text) {
-  const auto date = parts_of(date_text, '-');
-  const auto clock = parts_of(clock_text, ':');
-  if (!date || date->size() != 3 || !clock || clock->size() < 2 || clock->size() > 3) return std::nullopt;
-  std::tm local{};
-  local.tm_year = (*date)[0] - 1900;
-  local.tm_mon = (*date)[1] - 1;
-  local.tm_mday = (*date)[2];
-  local.tm_hour = (*clock)[0];
-  local.tm_min = (*clock)[1];
-  local.tm_sec = clock->size() == 3 ? (*clock)[2] : 0;
-  local.tm_isdst = -1;
-  const std::tm asked = local;
-  const std::time_t time = std::mktime(&local);
-  // The library turns the 31st of a shorter month into the next one's first: such a date is a slip.
-  if (time == std::time_t{-1} || local.tm_mon != asked.tm_mon || local.tm_mday != asked.tm_mday)
-    return std::nullopt;
-  return time;
-}
-
 std::optional<double> number_of(std::string text, double low, double high) {
   first_comma_to_point(text);
   const auto value = whole_number(text);
@@ -72,7 +40,7 @@ std::optional<double> number_of(std::string text, double low, double high) {
 std::optional<RoomClimate> parse_line(std::string_view line) {
   const std::vector<std::string> columns = columns_of(line);
   if (columns.size() != 4) return std::nullopt;
-  const auto time = time_of(columns[0], columns[1]);
+  const auto time = parse_moment(columns[0] + ' ' + columns[1]);
   const auto temperature = number_of(columns[2], lowest_temperature, highest_temperature);
   const auto humidity = number_of(columns[3], 0, highest_humidity);
   if (!time || !temperature || !humidity) return std::nullopt;

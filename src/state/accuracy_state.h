@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -42,6 +43,13 @@ struct PendingAccuracy {
   std::uint8_t mod3 = 0;
 };
 
+/// The files that ACCF statements have named in this run, and the statements that the procedure names in ACCF at all.
+struct AccfTable {
+  static constexpr std::size_t slots = 251, code_limit = 64;
+  std::array<std::string, slots> files;  // by the low byte of a statement's code; empty: the usual choice
+  std::vector<std::uint16_t> codes;      // found by the scan in front of the run
+};
+
 /// The latest ACC statement.
 struct AccStatement {
   static constexpr std::uint16_t met = 0x0001, nominal_from_range = 0x0002, unit_known = 0x0004;
@@ -49,6 +57,15 @@ struct AccStatement {
   double value = 0;
   double tol = 0;     // the larger of the absolute tolerances below and above
   std::string units;  // the text behind the number
+};
+
+/// The correction of the latest reading that had one; test_bit::corrected tells whether it is the test's.
+struct AppliedCorrection {
+  double first = 0;   // at the value, in the nominal's unit without prefix
+  double second = 0;  // at the modifier, in the same unit
+  std::string path;
+  int line = 0;  // of the first one's RANGE
+  double amount() const { return first + second; }
 };
 
 /// Why the sequence of the system accuracy ended.

@@ -161,6 +161,8 @@ struct RunState {
   TestValues test;
   DecisionBlock decision;
   SystemAccuracy accuracy;
+  AccfTable accf;
+  AppliedCorrection correction;
   UncertaintyBlock uncertainty;
   GuardResult guard;
   QuantitySlots slots;

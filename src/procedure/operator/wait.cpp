@@ -10,6 +10,7 @@
 #include "procedure/operator/statements.h"
 #include "state/pump.h"
 #include "state/report.h"
+#include "values/dates.h"
 #include "values/numbers.h"
 
 namespace orvane {
@@ -22,10 +23,6 @@ std::string_view without_blanks(std::string_view text) {
   return first == std::string_view::npos ? std::string_view() : text.substr(first);
 }
 
-std::string countdown(std::uint32_t seconds) {
-  return formatted("%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
-}
-
 std::uint32_t whole_seconds(std::uint32_t milliseconds) { return (milliseconds + 999) / 1000; }
 
 void wait_with_window(std::uint32_t milliseconds, const std::string& text) {
@@ -33,7 +30,7 @@ void wait_with_window(std::uint32_t milliseconds, const std::string& text) {
   std::unique_ptr<WaitWindow> window;
   const std::string title = msg(30045);
   std::uint32_t shown = whole_seconds(milliseconds);
-  const auto line = [&] { return (text.empty() ? "" : text + "\n") + countdown(shown); };
+  const auto line = [&] { return (text.empty() ? "" : text + "\n") + span_text(shown); };
   if (outside.desk != nullptr) window = outside.desk->wait({title, line(), true});
 
   const std::uint32_t start = outside.clock->ticks();

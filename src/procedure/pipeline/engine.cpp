@@ -6,8 +6,10 @@
 #include "config/profile.h"
 #include "config/startup_config.h"
 #include "config/user_settings.h"
+#include "evaluation/correction.h"
 #include "evaluation/handlers.h"
 #include "functions/functions.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/bench.h"
 #include "instruments/bench_load.h"
 #include "instruments/bus_statements.h"
@@ -21,6 +23,7 @@
 #include "procedure/pipeline/run_ends.h"
 #include "procedure/run/dispatch.h"
 #include "procedure/run/flow.h"
+#include "procedure/run/loop.h"
 #include "procedure/run/post_test.h"
 #include "settings/vset.h"
 #include "state/debug.h"
@@ -72,6 +75,8 @@ bool run_std(Statement& s) {
   return true;
 }
 
+constexpr LoopHookRow loop_rows[] = {{LoopStep::check_instruments, cor_check}};
+
 bool drivers_sound = false;
 
 constexpr HandlerRow pipeline_rows[] = {{fsc::std, run_std, Pace::quick}};
@@ -88,11 +93,14 @@ std::string default_config_path() {
 
 void engine_install() {
   drivers_sound = drivers_install(all_drivers());
-  for (const auto handlers : {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(),
-                              settings_handlers(), operator_handlers(), bus_handlers(), reset_handlers(),
-                              connection_handlers(), driver_handlers(), pipeline_handlers()})
+  for (const auto handlers :
+       {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(), settings_handlers(),
+        operator_handlers(), bus_handlers(), reset_handlers(), connection_handlers(), driver_handlers(),
+        accuracy_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
   post_test_install_standby(bench_standby);
+  accuracy_install();
+  loop_install(loop_rows);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
 }

@@ -15,6 +15,7 @@
 #include "procedure/run/call.h"
 #include "state/report.h"
 #include "state/run_variables.h"
+#include "values/dates.h"
 #include "values/math/variables.h"
 #include "values/numbers.h"
 
@@ -30,13 +31,13 @@ constexpr double ms_per_minute = 60000, minutes_per_hour = 60;
 // DATE$, MDY$ and DMY$, with `suffix` between the name and its "$".
 void set_dates(RunState& run, std::time_t time, std::string_view suffix) {
   const std::tm at = local_time(time);
-  const int year = at.tm_year + 1900, month = at.tm_mon + 1;
-  const auto set = [&](std::string_view name, std::string_view format, int a, int b, int c) {
-    run_variable_set(run, std::string(name) + std::string(suffix) + "$", formatted(format, a, b, c));
+  const auto set = [&](std::string_view name, std::string_view format) {
+    run_variable_set(run, std::string(name) + std::string(suffix) + "$",
+                     format_time(format, at).value_or(""));
   };
-  set("DATE", "%04d-%02d-%02d", year, month, at.tm_mday);
-  set("MDY", "%02d/%02d/%04d", month, at.tm_mday, year);
-  set("DMY", "%02d/%02d/%04d", at.tm_mday, month, year);
+  set("DATE", "%F");
+  set("MDY", "%m/%d/%Y");
+  set("DMY", "%d/%m/%Y");
 }
 
 void set_start_variables(RunState& run, const Procedure& procedure) {
@@ -44,7 +45,7 @@ void set_start_variables(RunState& run, const Procedure& procedure) {
   run_variable_set(run, "PROC_REV$", header_text(procedure, header_code::revision));
   set_dates(run, run.pipeline.times.started, "");
   const std::tm at = local_time(run.pipeline.times.started);
-  run_variable_set(run, "TIME$", formatted("%02d:%02d:%02d", at.tm_hour, at.tm_min, at.tm_sec));
+  run_variable_set(run, "TIME$", format_time("%T", at).value_or(""));
 }
 
 void show_operator(const RunState& run) {

@@ -2,6 +2,7 @@
 
 #include "config/startup_config.h"
 #include "functions/functions.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/bus_statements.h"
 #include "instruments/connections.h"
 #include "instruments/reset_list.h"
@@ -49,6 +50,7 @@ void reset_calls(RunState& run) {
 }
 void reset_abort(RunState&) { clear_abort(); }
 void reset_modifiers(RunState& run) { run.modifiers.clear(); }
+void reset_correction(RunState& run) { run.correction = AppliedCorrection(); }
 void reset_samples(RunState& run) { run.samples = SampleLoop(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
@@ -83,6 +85,8 @@ constexpr RunResetRow rows[] = {
     {"RESET lists", reset_clear, ResetWhen::always},
     {"connections", con_clear, ResetWhen::always},
     {"settings of modifier statements", reset_modifiers, ResetWhen::always},
+    {"correction", reset_correction, ResetWhen::always},
+    {"ACCF", accf_reset, ResetWhen::always},
     {"repeated measurement", reset_samples, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };

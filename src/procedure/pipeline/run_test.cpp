@@ -3,6 +3,7 @@
 #include <map>
 
 #include "config/startup_config.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/bench_load.h"
 #include "instruments/device_assets.h"
 #include "instruments/device_list.h"
@@ -140,7 +141,7 @@ class TestRun {
     run_.pipeline.standard_overdue = false;
     if (!scan_procedure(run_, procedure_)) return run_result::failed;
     switch (check_required(run_)) {
-      case check_result::go_on: return run_result::finished;
+      case check_result::go_on: return as_result(acc_select_for_run(run_));
       case check_result::cancelled: return run_result::given_up;
       default: return run_result::failed;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "config/startup_config.h"
+#include "instruments/accuracy_choice.h"
 #include "procedure/file/ascii.h"
 #include "procedure/file/memory.h"
 #include "procedure/pipeline/required.h"
@@ -33,6 +34,7 @@ class Scan {
   bool main(Procedure*& procedure) {
     run_.pipeline.pre_run = PreRun();
     run_.pipeline.required.clear();
+    accf_reset(run_);
     names_.push_back(procedure->name);
     files_.push_back(procedure->directory.file_name);
     return walk(procedure, 0);

@@ -19,7 +19,4 @@ constexpr std::size_t parameter_kind_limit =
 /// sub-procedure that cannot be loaded.
 [[nodiscard]] bool scan_procedure(RunState& run, Procedure*& procedure);
 
-/// The path of an accuracy file that ACCF names, by the key "accf_acc_rel".
-std::string accf_path(std::string_view name);
-
 }  // namespace orvane

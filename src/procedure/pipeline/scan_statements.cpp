@@ -4,6 +4,7 @@
 #include <array>
 
 #include "config/startup_config.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/bus_address.h"
 #include "instruments/driver_table.h"
 #include "instruments/reset_list.h"
@@ -19,8 +20,6 @@
 
 namespace orvane {
 namespace {
-
-constexpr std::size_t path_limit = 260;
 
 void add_once(std::vector<std::string>& list, std::string_view text) {
   if (std::find(list.begin(), list.end(), text) == list.end()) list.emplace_back(text);
@@ -84,9 +83,12 @@ bool scan_standard(RunState& run, const ProcNode& node) {
 }
 
 bool scan_accuracy_file(RunState& run, const ProcNode& node) {
+  const std::string_view statement = fsc_name(node.record->get(field::accf_ordinal));
+  if (!accf_note(run, fsc_code(statement))) return false;
   const std::string_view name = trim_blanks(node.record->text(field::accf_name));
   if (name.empty()) return true;  // "*": the usual choice again
-  const std::string path = accf_path(name);
+  std::string path;
+  if (!acc_path_from_accf(run, name, path)) return false;
   return is_ordinary_file(path) || run_error(run, 121, path);
 }
 
@@ -180,15 +182,6 @@ constexpr ScanRow scan_rows[] = {{fsc::pic, scan_picture},
                                  {fsc::accf, scan_accuracy_file}};
 
 }  // namespace
-
-std::string accf_path(std::string_view name) {
-  const bool has_separator = name.find_first_of("/\\") != std::string_view::npos;
-  const bool rooted = name.starts_with('/') || name.starts_with('\\') || (name.size() > 1 && name[1] == ':');
-  const bool as_it_is = startup_config().accf_acc_rel != 0 ? rooted : has_separator;
-  std::string path(name);
-  if (!as_it_is && !join_path(path, path_limit, startup_config().accdir, name)) return std::string(name);
-  return path;
-}
 
 bool scan_statement(RunState& run, const ProcNode& node) {
   const std::uint16_t code = node.record->code();

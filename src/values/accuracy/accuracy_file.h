@@ -19,6 +19,10 @@ namespace acc_interval {
 constexpr std::uint16_t days = 1, months = 2, weeks = 3;
 /// 30.4375 days a month, 7 a week; 1 for any other code.
 double in_days(double value, std::uint16_t units);
+/// The code of a unit's word as headers write it ("d", "weeks", "Mon"); 0 for any other.
+std::uint16_t units_of(std::string_view word);
+/// "D", "M" or "W" for such a word; null for any other.
+const char* letter_of(std::string_view word);
 }  // namespace acc_interval
 
 /// The header of one file.
@@ -38,6 +42,10 @@ struct AccFileInfo {
 /// The header pass. A file without a complete header succeeds, with AccFileInfo::complete clear. Fails with 178, 179,
 /// 180, 185 to 189, 196 to 200 or 449 and 10339, each with line and path.
 [[nodiscard]] bool acch_header(const std::string& path, AccFileInfo& out);
+
+/// Reads a whole file, for the readers of this format and its kin.
+enum class AccRead { ok, not_found, broken, not_closed };
+AccRead acc_read(const std::string& path, std::string& text);
 
 /// The row for a value (and, with `y`, a second one) in a mode: the words of `mode` in any order and case. True if the
 /// file was read to its answer; row.flags then tell by acc_flag::hit if there is one. Fails with 121 to 127; a damaged

@@ -3,6 +3,7 @@
 
 #include "config/profile.h"
 #include "config/startup_config.h"
+#include "instruments/accuracy_choice.h"
 #include "instruments/device_list.h"
 #include "instruments/standards.h"
 #include "messages/catalogue.h"
@@ -141,7 +142,9 @@ TEST_F(ScanTest, AccuracyFilesAreFoundByTheRuleOfTheirNames) {
                         Case{1, "/x/a", "/x/a"}, Case{1, "C:a", "C:a"}, Case{0, "a.acc", "/acc/a.acc"},
                         Case{0, "sub/a.acc", "sub/a.acc"}, Case{0, "\\a", "\\a"}}) {
     config.accf_acc_rel = c.relative;
-    EXPECT_EQ(accf_path(c.name), c.path);
+    std::string path;
+    EXPECT_TRUE(acc_path_from_accf(run, c.name, path));
+    EXPECT_EQ(path, c.path);
   }
 }
 
