@@ -7,6 +7,7 @@
 #include "config/startup_config.h"
 #include "config/user_settings.h"
 #include "evaluation/handlers.h"
+#include "evaluation/system_accuracy.h"
 #include "functions/functions.h"
 #include "instruments/bench.h"
 #include "instruments/bench_load.h"
@@ -21,6 +22,7 @@
 #include "procedure/pipeline/run_ends.h"
 #include "procedure/run/dispatch.h"
 #include "procedure/run/flow.h"
+#include "procedure/run/loop.h"
 #include "procedure/run/post_test.h"
 #include "settings/vset.h"
 #include "state/debug.h"
@@ -92,6 +94,8 @@ void engine_install() {
                               settings_handlers(), operator_handlers(), bus_handlers(), reset_handlers(),
                               connection_handlers(), driver_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
+  constexpr LoopHookRow hooks[] = {{LoopStep::system_accuracy, ur_system_accuracy}};
+  loop_install(hooks);
   post_test_install_standby(bench_standby);
   math_environment().functions = math_function_rows();
   math_environment().epsilon = vset_math_epsilon;
