@@ -5,6 +5,7 @@
 #include <span>
 
 #include "config/startup_config.h"
+#include "messages/catalogue.h"
 #include "state/report.h"
 
 namespace orvane {
@@ -140,6 +141,7 @@ bool tolerance_from_field(RunState& run, const FscRecord& record, const Toleranc
   if (!std::isfinite(below) || !std::isfinite(above)) return floating_point_stop(run);
   neg = below;
   pos = above;
+  run.tolerance_made = {in_force, range_value, reference, below, above};
   return true;
 }
 
@@ -163,6 +165,16 @@ bool tolerance_from_text(std::string_view text, ToleranceField& field) {
   }
   field = parsed;
   return true;
+}
+
+std::string tolerance_term_text(const RunState& run, const Term& term, double range_value, double reference) {
+  const int side = term.kind & Term::side_mask, refers_to = term.kind & Term::reference_mask;
+  const std::string value = print_number(term_value(run.registers, term), 'g', 9);
+  const std::string text = side == Term::upper ? "+" + value : side == Term::lower ? "-" + value : value;
+  if (refers_to != Term::of_range && refers_to != Term::of_reference) return text;
+  const int form = term.kind & Term::form_mask;
+  const int sentence = form == Term::percent ? 31113 : form == Term::parts_per_million ? 31114 : 31115;
+  return msg(sentence, text, print_number(refers_to == Term::of_range ? range_value : reference, 'g', 9));
 }
 
 bool percent_of_tolerance(const TestValues& values, double& percent) {

@@ -5,6 +5,7 @@
 // the tolerance reference:   amount = value * |range or reference| / divisor
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "state/run_state.h"
@@ -38,6 +39,10 @@ bool tolerance_field_usable(const RunState& run, const ToleranceField& field);
 /// The terms of a TOL statement's text: "2% 0.1U", "+M3U -5P%", "L[2]/". False if the text is no tolerance or has
 /// more than three terms.
 [[nodiscard]] bool tolerance_from_text(std::string_view text, ToleranceField& field);
+
+/// A term in words for a reader: "+0.1 % of 10". Its value is the one that its register has now.
+std::string tolerance_term_text(const RunState& run, const ToleranceTerm& term, double range_value,
+                                double reference);
 
 /// The error as a share of the tolerance on its side; 0 for a go/no-go test. False if the numbers give no finite
 /// percent, which is a floating-point fault of the evaluation.

@@ -18,6 +18,7 @@
 #include "state/instrument_state.h"
 #include "state/math_store.h"
 #include "state/pipeline_state.h"
+#include "state/result_record.h"
 #include "state/serial_state.h"
 #include "state/test_values.h"
 #include "state/uncertainty_state.h"
@@ -105,6 +106,13 @@ struct CallLevel {
   friend auto operator<=>(const CallLevel&, const CallLevel&) = default;
 };
 
+/// How the latest tolerance was made: the terms in force, what they refer to, and what they came to.
+struct ToleranceMade {
+  ToleranceField field;
+  double range = 0, reference = 0;
+  double neg = 0, pos = 0;
+};
+
 /// Frame of the picture window, as DRAW leaves it.
 struct DrawSettings {
   int x = 0, y = 0, width = 0, height = 0;
@@ -172,6 +180,7 @@ struct RunState {
   MathStore math;
   std::vector<VsetEntry> vset;
   ToleranceField latest_tolerance;  // of the latest TOL statement
+  ToleranceMade tolerance_made;
   DrawSettings draw;
   std::vector<std::string> mess_lines;                            // of MESS, for the next prompt
   std::vector<std::pair<std::string, std::string>> uut_settings;  // of SET
@@ -185,6 +194,7 @@ struct RunState {
   ModifierBlocks modifiers;
   SampleLoop samples;
   std::vector<TestOutcome> outcomes;
+  ResultList results;
   PipelineState pipeline;
   std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order
   std::string procedure_name;           // of the running procedure, as shown
