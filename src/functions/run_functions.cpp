@@ -1,4 +1,5 @@
 // What an expression can ask of the run: its variables, its latest test, its procedure.
+#include "evaluation/uncertainty.h"
 #include "functions/families.h"
 #include "settings/vset.h"
 #include "values/math/letters.h"
@@ -44,6 +45,18 @@ bool math_vget(MathCall& call) {
   return call.give_text(vset_get(call.run, call.str(0)).value_or(""));
 }
 
+bool math_unc(MathCall& call) {
+  double value = 0;
+  return unc_read(call.run, call.str(0), value) ? call.give(value) : call.fail(math_code::unc_value);
+}
+
+bool math_uncv(MathCall& call) {
+  double value = 0;
+  if (unc_reading_at(call.run, call.integer(0), value)) return call.give(value);
+  errp(300, call.integer(0), static_cast<int>(call.run.uncertainty.readings.size()));
+  return call.fail(math_code::uncv_value);
+}
+
 using S = Signature;
 
 constexpr MathFunctionRow rows[] = {
@@ -51,7 +64,8 @@ constexpr MathFunctionRow rows[] = {
     {"fail", S::gives_int, 0, math_fail},     {"IsVar", S::str_gives_int, 0, math_is_var},
     {"pass", S::gives_int, 0, math_pass},     {"proc", S::gives_str, 0, math_proc},
     {"psub", S::str_gives_int, 0, math_psub}, {"psubi", S::str_gives_int, 0, math_psubi},
-    {"ui", S::gives_num, 0, math_ui},         {"vers", S::gives_str, 0, math_vers},
+    {"ui", S::gives_num, 0, math_ui},         {"unc", S::str_gives_num, 0, math_unc},
+    {"uncv", S::int_gives_num, 0, math_uncv}, {"vers", S::gives_str, 0, math_vers},
     {"vget", S::str_gives_str, 0, math_vget},
 };
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,11 +53,14 @@ struct AccfTable {
 
 /// The latest ACC statement.
 struct AccStatement {
-  static constexpr std::uint16_t met = 0x0001, nominal_from_range = 0x0002, unit_known = 0x0004;
+  static constexpr std::uint16_t met = 0x0001, number_given = 0x0002, unit_known = 0x0004;
   std::uint16_t flags = 0;
-  double value = 0;
-  double tol = 0;     // the larger of the absolute tolerances below and above
-  std::string units;  // the text behind the number
+  double value = 0;         // the number of the statement (number_given), or MEM
+  double tol = 0;           // the larger of the absolute tolerances below and above
+  std::string units;        // the text behind the number; empty with unit_known
+  std::uint8_t unit = 0;    // with unit_known, which the setting UUP asks for
+  std::uint8_t prefix = 0;  // the same
+  bool has(std::uint16_t bits) const { return (flags & bits) != 0; }
 };
 
 /// The correction of the latest reading that had one; test_bit::corrected tells whether it is the test's.
@@ -113,6 +117,8 @@ struct SystemAccuracy {
   AccRow row;
   std::string mode;
   double looked_up = 0;
+  std::uint8_t looked_up_unit = 0;  // unit code of the file's form
+  std::optional<double> modifier;   // the second value of the look-up
   double gain_part = 0, floor_part = 0;
 };
 

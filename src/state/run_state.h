@@ -18,6 +18,7 @@
 #include "state/instrument_state.h"
 #include "state/math_store.h"
 #include "state/pipeline_state.h"
+#include "state/result_record.h"
 #include "state/serial_state.h"
 #include "state/test_values.h"
 #include "state/uncertainty_state.h"
@@ -185,6 +186,7 @@ struct RunState {
   ModifierBlocks modifiers;
   SampleLoop samples;
   std::vector<TestOutcome> outcomes;
+  ResultList results;
   PipelineState pipeline;
   std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order
   std::string procedure_name;           // of the running procedure, as shown

@@ -49,7 +49,11 @@ struct UncertaintyBlock {
   std::uint16_t flags = 0;  // unc_flag
   std::int16_t nthrow = 0, thrown = 0;
   std::int16_t nmeas = 0, taken = 0;
-  std::vector<double> readings;  // those that count; at most readings_limit
+  std::vector<double>
+      readings;             // those that count, in the unit and prefix of the test; at most readings_limit
+  std::uint8_t digits = 0;  // of typed readings: the most digits before and behind the point
+  double scale =
+      1;  // of the prefix of the test: a value of run.test times this is in the unit of the quantities
   std::array<double, quantity_count> results{};
   std::uint32_t valid1 = 0, valid2 = 0;
   std::uint64_t given = 0;  // bit i: quantity i was set by the procedure or a key, not worked out
@@ -64,6 +68,7 @@ struct UncertaintyBlock {
   }
   double operator[](Quantity which) const { return results[static_cast<std::size_t>(which)]; }
   bool has(std::uint16_t bits) const { return (flags & bits) != 0; }
+  bool is_logarithmic() const { return has(unc_flag::dbm_volts | unc_flag::dbm_watts | unc_flag::dbuv); }
 };
 
 }  // namespace orvane

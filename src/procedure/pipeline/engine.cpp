@@ -8,6 +8,7 @@
 #include "config/user_settings.h"
 #include "evaluation/correction.h"
 #include "evaluation/handlers.h"
+#include "evaluation/system_accuracy.h"
 #include "functions/functions.h"
 #include "instruments/accuracy_choice.h"
 #include "instruments/bench.h"
@@ -98,6 +99,8 @@ void engine_install() {
         operator_handlers(), bus_handlers(), reset_handlers(), connection_handlers(), driver_handlers(),
         accuracy_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
+  constexpr LoopHookRow hooks[] = {{LoopStep::system_accuracy, ur_system_accuracy}};
+  loop_install(hooks);
   post_test_install_standby(bench_standby);
   accuracy_install();
   loop_install(loop_rows);

@@ -52,6 +52,12 @@ void reset_abort(RunState&) { clear_abort(); }
 void reset_modifiers(RunState& run) { run.modifiers.clear(); }
 void reset_correction(RunState& run) { run.correction = AppliedCorrection(); }
 void reset_samples(RunState& run) { run.samples = SampleLoop(); }
+void reset_samples(RunState& run) {
+  run.samples = SampleLoop();
+  run.uncertainty = UncertaintyBlock();
+}
+void reset_accuracy(RunState& run) { run.accuracy = SystemAccuracy(); }
+void reset_results(RunState& run) { run.results.clear(); }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
 void reset_standards(RunState& run) { run.pipeline.standards_used.clear(); }
@@ -68,6 +74,7 @@ constexpr RunResetRow rows[] = {
     {"settings of the unit under test", reset_settings_list, ResetWhen::full},
     {"report variables", run_variables_restart, ResetWhen::full},
     {"outcomes", reset_outcomes, ResetWhen::full},
+    {"results", reset_results, ResetWhen::full},
     {"run-time variables", reset_vset, ResetWhen::full},
     {"message queue", reset_messages, ResetWhen::full},
     {"message lines", reset_mess, ResetWhen::full},
@@ -88,6 +95,7 @@ constexpr RunResetRow rows[] = {
     {"correction", reset_correction, ResetWhen::always},
     {"ACCF", accf_reset, ResetWhen::always},
     {"repeated measurement", reset_samples, ResetWhen::always},
+    {"accuracy in force", reset_accuracy, ResetWhen::always},
     {"abort request", reset_abort, ResetWhen::always},
 };
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "evaluation/result_log.h"
+#include "evaluation/uncertainty.h"
 #include "platform/operator.h"
 #include "platform/platform.h"
 #include "procedure/file/procedure.h"
@@ -14,6 +15,7 @@
 #include "procedure/run/capture.h"
 #include "procedure/run/dispatch.h"
 #include "procedure/run/post_test.h"
+#include "procedure/run/sample_loop.h"
 #include "settings/vset.h"
 #include "state/debug.h"
 #include "state/pump.h"
@@ -49,6 +51,7 @@ class Loop {
     const int tests = number_of_tests(*procedure_);
     static_cast<void>(log_enter(run_, tests, procedure_->name));
     const std::string name = procedure_->name;
+    const AccStatement stated_before = run_.accuracy.statement;
     if (is_main_)
       run_.pipeline.progress = {0, procedure_->lines.size(), 0, static_cast<std::size_t>(std::max(tests, 0))};
     start();
@@ -61,6 +64,7 @@ class Loop {
       }
       line(*node);
     }
+    if (!is_main_) run_.accuracy.statement = stated_before;  // an ACC holds to the end of its procedure
     static_cast<void>(log_leave(run_, name));
   }
 
@@ -125,9 +129,17 @@ class Loop {
     if ((flags & line_flag::adjustment) != 0)
       static_cast<void>(log_adjust(run_, record.test_major(), record.test_minor()));
     if (entry.capture != Capture::none) capture_quantities(run_, record, entry.capture);
+    begin_test(record, flags);
+    if (entry.capture == Capture::standard) unc_prepare(run_, record);
     step(LoopStep::note_results, record);
     step(LoopStep::note_named_values, record);
     step(LoopStep::clear_latch, record);
+  }
+
+  // An accuracy that an earlier test has left waiting is not this one's. Each pass of a sample run keeps it.
+  void begin_test(const FscRecord& record, std::uint16_t flags) {
+    if ((flags & line_flag::first) != 0 && record.test_minor() == 1 && unc_is_idle(run_))
+      run_.accuracy.pending.flags = 0;
   }
 
   // One executable line: steps in the order that procedures, instruments and results rely on.
@@ -159,9 +171,14 @@ class Loop {
     bool reset_samples = false;
     const bool finished = (flags & finished_result) == finished_result;
     if (run_.stopped() || finished) {
-      if (!post_test(run_, procedure_, reset_samples)) vset_test_done(run_);
+      reset_samples = run_.stopped();
+      bool asked = false;
+      const bool ok = post_test(run_, procedure_, asked);
+      if (!ok) vset_test_done(run_);
+      reset_samples = reset_samples || asked || !ok;
       if (procedure_ == nullptr) return;
     }
+    if (reset_samples) unc_reset(run_);
     end_of_statement(record, flags);
     next_line();
   }
@@ -173,7 +190,8 @@ class Loop {
         (run_.test.test_state & judged) == 0)
       step(LoopStep::check_instruments, record);
     if ((run_.flags2 & run_flag2::uncertainty) != 0 && !run_.stopped() &&
-        ((code & code_class::test) != 0 || code == fsc::acc) && (flags & line_flag::last) != 0)
+        ((code & code_class::test) != 0 || code == fsc::acc) && (flags & line_flag::last) != 0 &&
+        unc_is_idle(run_))
       step(LoopStep::system_accuracy, record);
     step(LoopStep::release_parameters, record);
   }
@@ -205,14 +223,16 @@ class Loop {
   }
 
   void end_of_statement(const FscRecord& record, std::uint16_t flags) {
+    const bool complete = samples_complete(run_);
     if ((flags & line_flag::result) != 0) {
-      constexpr std::uint16_t lapsed = test_bit::indicated_text | test_bit::corrected;
+      std::uint16_t lapsed = test_bit::indicated_text;
+      if (complete) lapsed |= test_bit::corrected;
       run_.test.test_state &= static_cast<std::uint16_t>(~lapsed);
     }
     step(LoopStep::quantity_memory, record);
     step(LoopStep::parameters_done, record);
-    // A set-up line keeps its quantities for the test line behind it.
-    if (run_.slots.any && !(record.has_class(code_class::instrument) && is_setup_line(record)))
+    // A set-up line keeps its quantities for the test line behind it, and so does a test that runs again.
+    if (run_.slots.any && complete && !(record.has_class(code_class::instrument) && is_setup_line(record)))
       release_quantities(run_);
   }
 

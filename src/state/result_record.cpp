@@ -1,0 +1,151 @@
+#include "state/result_record.h"
+
+#include <iterator>
+
+namespace orvane {
+namespace {
+
+using F = ResultField;
+using K = ResultKind;
+
+// clang-format off
+constexpr ResultFieldRow rows[] = {
+    {F::rsm, K::integer, "rsm"},
+    {F::gb_result, K::integer, "gb_result"},
+    {F::accreditation_flag, K::integer, "Accreditation Flag"},
+    {F::am_depth, K::value, "AM Depth"},
+    {F::amplitude_1, K::value, "Amplitude 1"},
+    {F::amplitude_2, K::value, "Amplitude 2"},
+    {F::condition, K::text, "Condition"},
+    {F::correction_amount, K::value, "Correction Amount"},
+    {F::correction_flag, K::integer, "Correction Flag"},
+    {F::coverage_factor, K::value, "Coverage Factor"},
+    {F::cardinal_point, K::value, "Cardinal Point"},
+    {F::dc_offset, K::value, "DC Offset"},
+    {F::degrees_of_freedom, K::value, "Degrees of Freedom"},
+    {F::degrees_of_freedom_1, K::value, "Degrees of Freedom 1"},
+    {F::degrees_of_freedom_2, K::value, "Degrees of Freedom 2"},
+    {F::degrees_of_freedom_3, K::value, "Degrees of Freedom 3"},
+    {F::degrees_of_freedom_4, K::value, "Degrees of Freedom 4"},
+    {F::degrees_of_freedom_5, K::value, "Degrees of Freedom 5"},
+    {F::degrees_of_freedom_6, K::value, "Degrees of Freedom 6"},
+    {F::degrees_of_freedom_7, K::value, "Degrees of Freedom 7"},
+    {F::degrees_of_freedom_8, K::value, "Degrees of Freedom 8"},
+    {F::degrees_of_freedom_9, K::value, "Degrees of Freedom 9"},
+    {F::degrees_of_freedom_10, K::value, "Degrees of Freedom 10"},
+    {F::degrees_of_freedom_s1, K::value, "Degrees of Freedom S1"},
+    {F::degrees_of_freedom_s2, K::value, "Degrees of Freedom S2"},
+    {F::deviation, K::value, "Deviation"},
+    {F::displacement_power_factor, K::value, "Displacement Power Factor"},
+    {F::dpf_polarity, K::text, "DPF Polarity"},
+    {F::duty_cycle, K::value, "Duty Cycle"},
+    {F::error, K::value, "Error"},
+    {F::expected_value, K::value, "Expected Value"},
+    {F::expanded_uncertainty, K::value, "Expanded Uncertainty"},
+    {F::fall_time, K::value, "Fall Time"},
+    {F::cardinal_is_fixed, K::integer, "cardinal_is_fixed"},
+    {F::fixed_quantity, K::value, "Fixed Quantity"},
+    {F::fm_deviation, K::value, "FM Deviation"},
+    {F::frequency_1, K::value, "Frequency 1"},
+    {F::frequency_2, K::value, "Frequency 2"},
+    {F::test_status_2, K::text, "test_status_2"},
+    {F::guardbanded_lower_limit, K::value, "Guardbanded Lower Limit"},
+    {F::guardbanded_upper_limit, K::value, "Guardbanded Upper Limit"},
+    {F::guardbanding_method, K::text, "Guardbanding Method"},
+    {F::input_impedance, K::value, "Input Impedance"},
+    {F::lower_limit, K::value, "Lower Limit"},
+    {F::measurement, K::value, "Measurement"},
+    {F::measured_by_uut, K::integer, "measured_by_uut"},
+    {F::modulation_source, K::text, "Modulation Source"},
+    {F::mod1, K::value, "MOD1"},
+    {F::nominal, K::value, "Nominal"},
+    {F::reading_count, K::integer, "reading_count"},
+    {F::negative_test_tolerance, K::value, "Negative Test Tolerance"},
+    {F::nthrow, K::integer, "nthrow"},
+    {F::output_impedance_1, K::value, "Output Impedance 1"},
+    {F::output_impedance_2, K::value, "Output Impedance 2"},
+    {F::period_1, K::value, "Period 1"},
+    {F::period_2, K::value, "Period 2"},
+    {F::phase, K::value, "Phase"},
+    {F::phase_deviation, K::value, "Phase Deviation"},
+    {F::polarity, K::text, "Polarity"},
+    {F::power, K::value, "Power"},
+    {F::positive_test_tolerance, K::value, "Positive Test Tolerance"},
+    {F::pulse_width, K::value, "Pulse Width"},
+    {F::relative_error, K::value, "Relative Error"},
+    {F::remark, K::text, "Remark"},
+    {F::rise_time, K::value, "Rise Time"},
+    {F::row, K::integer, "row"},
+    {F::rtd_nominal_resistance, K::value, "RTD Nominal Resistance"},
+    {F::rtd_type, K::text, "RTD Type"},
+    {F::result_type, K::text, "Result Type"},
+    {F::sense, K::text, "Sense"},
+    {F::sensitivity_coefficient_1, K::value, "Sensitivity Coefficient 1"},
+    {F::sensitivity_coefficient_2, K::value, "Sensitivity Coefficient 2"},
+    {F::sensitivity_coefficient_3, K::value, "Sensitivity Coefficient 3"},
+    {F::sensitivity_coefficient_4, K::value, "Sensitivity Coefficient 4"},
+    {F::sensitivity_coefficient_5, K::value, "Sensitivity Coefficient 5"},
+    {F::sensitivity_coefficient_6, K::value, "Sensitivity Coefficient 6"},
+    {F::sensitivity_coefficient_7, K::value, "Sensitivity Coefficient 7"},
+    {F::sensitivity_coefficient_8, K::value, "Sensitivity Coefficient 8"},
+    {F::sensitivity_coefficient_9, K::value, "Sensitivity Coefficient 9"},
+    {F::sensitivity_coefficient_10, K::value, "Sensitivity Coefficient 10"},
+    {F::cs1, K::value, "CS1"},
+    {F::cs2, K::value, "CS2"},
+    {F::standard_deviation, K::value, "Standard Deviation"},
+    {F::standard_uncertainty, K::value, "Standard Uncertainty"},
+    {F::students_t_factor, K::value, "Student's T Factor"},
+    {F::use_st, K::integer, "use_st"},
+    {F::system_accuracy, K::value, "System Accuracy"},
+    {F::system_accuracy_tur, K::value, "System Accuracy TUR"},
+    {F::system_actual, K::value, "System Actual"},
+    {F::system_coverage_factor, K::value, "System Coverage Factor"},
+    {F::s1, K::value, "S1"},
+    {F::s2, K::value, "S2"},
+    {F::test_step, K::text, "Test Step"},
+    {F::test_step_2, K::text, "Test Step 2"},
+    {F::test_description, K::text, "Test Description"},
+    {F::test_status, K::text, "Test Status"},
+    {F::test_tolerance, K::value, "Test Tolerance"},
+    {F::test_uncertainty_ratio, K::value, "Test Uncertainty Ratio"},
+    {F::thermocouple_type, K::text, "Thermocouple Type"},
+    {F::tolerance_error, K::value, "Tolerance Error"},
+    {F::tolerance_reference, K::text, "Tolerance Reference"},
+    {F::trigger_skew, K::value, "Trigger Skew"},
+    {F::uncertainty_component_1, K::value, "Uncertainty Component 1"},
+    {F::uncertainty_component_2, K::value, "Uncertainty Component 2"},
+    {F::uncertainty_component_3, K::value, "Uncertainty Component 3"},
+    {F::uncertainty_component_4, K::value, "Uncertainty Component 4"},
+    {F::uncertainty_component_5, K::value, "Uncertainty Component 5"},
+    {F::uncertainty_component_6, K::value, "Uncertainty Component 6"},
+    {F::uncertainty_component_7, K::value, "Uncertainty Component 7"},
+    {F::uncertainty_component_8, K::value, "Uncertainty Component 8"},
+    {F::uncertainty_component_9, K::value, "Uncertainty Component 9"},
+    {F::uncertainty_component_10, K::value, "Uncertainty Component 10"},
+    {F::uut_indicated, K::value, "UUT Indicated"},
+    {F::upper_limit, K::value, "Upper Limit"},
+    {F::uncertainty_method, K::text, "Uncertainty Method"},
+    {F::uut_range, K::value, "UUT Range"},
+    {F::uut_resolution, K::value, "UUT Resolution"},
+    {F::variable_quantity, K::value, "Variable Quantity"},
+    {F::video, K::text, "Video"},
+    {F::waveform_1, K::text, "Waveform 1"},
+    {F::waveform_2, K::text, "Waveform 2"},
+    {F::ws, K::integer, "ws"},
+};
+// clang-format on
+static_assert(std::size(rows) == result_field_count);
+
+constexpr bool in_order() {
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    if (rows[i].field != static_cast<ResultField>(i)) return false;
+  }
+  return true;
+}
+static_assert(in_order());
+
+}  // namespace
+
+const ResultFieldRow& result_field_row(ResultField field) { return rows[static_cast<std::size_t>(field)]; }
+
+}  // namespace orvane
