@@ -51,7 +51,6 @@ void reset_calls(RunState& run) {
 void reset_abort(RunState&) { clear_abort(); }
 void reset_modifiers(RunState& run) { run.modifiers.clear(); }
 void reset_correction(RunState& run) { run.correction = AppliedCorrection(); }
-void reset_samples(RunState& run) { run.samples = SampleLoop(); }
 void reset_samples(RunState& run) {
   run.samples = SampleLoop();
   run.uncertainty = UncertaintyBlock();
