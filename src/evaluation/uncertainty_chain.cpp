@@ -17,7 +17,7 @@ namespace {
 using Q = Quantity;
 constexpr std::size_t index_of(Quantity which) { return static_cast<std::size_t>(which); }
 
-// One row a quantity, in their order: its name and the setting that gives it.
+// One row a quantity, in their order: its name and the setting that gives it, if there is one.
 struct Row {
   std::string_view name;
   Setting setting;
@@ -38,6 +38,18 @@ constexpr Row rows[] = {
     {"df9", Setting::DF9}, {"df10", Setting::DF10}, {"dfs1", Setting::DFS1}, {"dfs2", Setting::DFS2}};
 // clang-format on
 static_assert(std::size(rows) == quantity_count);
+
+constexpr std::size_t setting_count = static_cast<std::size_t>(Setting::count);
+constexpr std::array<std::uint8_t, setting_count> quantities_by_setting() {
+  std::array<std::uint8_t, setting_count> table{};
+  for (std::uint8_t& one : table) one = static_cast<std::uint8_t>(Q::count);
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    if (rows[i].setting != Setting::count)
+      table[static_cast<std::size_t>(rows[i].setting)] = static_cast<std::uint8_t>(i);
+  }
+  return table;
+}
+constexpr std::array<std::uint8_t, setting_count> by_setting = quantities_by_setting();
 
 constexpr double resolution_unknown = 1e-12;
 constexpr double smallest_s1 = 1e-14;  // below it there is no scatter
@@ -74,7 +86,7 @@ class Chain {
   std::uint64_t set_quantities() const {
     std::uint64_t set = 0;
     for (const VsetEntry& entry : run_.vset) {
-      if (const auto which = unc_quantity(entry.name)) set |= std::uint64_t{1} << index_of(*which);
+      set |= std::uint64_t{1} << by_setting[entry.setting];
     }
     return set;
   }
@@ -83,8 +95,7 @@ class Chain {
   double get(Quantity which) {
     if (block_.valid(which)) return block_[which];
     std::optional<double> given;
-    if (is_set(which) && rows[index_of(which)].setting != Setting::count)
-      given = setting_set(run_, rows[index_of(which)].setting);
+    if (is_set(which)) given = setting_set(run_, rows[index_of(which)].setting);
     if (given) return keep_given(which, *given);
     return keep(which, compute(which));
   }

@@ -83,7 +83,7 @@ TEST_F(ResultStore, DisplayForms) {
                         {"ENGR", 0, u::volt, "0.0000E+00", p::none},
                         {"PREFIX", 1e-20, u::volt, "0.000000010000", p::pico}};
   for (const Case& c : cases) {
-    set("UFMT", c.form == std::string("SCI") ? "4" : c.form);
+    set("UFMT", c.form);
     ResultRecord& record = begin(comparison("10.0mV", "1%"));
     r_add_value(record, F::expanded_uncertainty, 4, c.value, p::none, c.unit);
     EXPECT_EQ(r_text(record, F::expanded_uncertainty), c.text) << c.form << c.value;

@@ -158,7 +158,7 @@ TEST_F(Uncertainty, WhereTheReadingStands) {
                         {fsc::memcx, "V", "SA", P::actual},   {fsc::memcx, "V", "UI", P::indicated},
                         {fsc::i3458, "", "UI", P::actual},    {fsc::i33120, "", "SA", P::indicated_text}};
   for (const Case& c : cases) {
-    set("MEAS", c.meas[0] == 'S' ? "SA" : "1");
+    set("MEAS", c.meas);
     const bool memory = c.code == fsc::memc || c.code == fsc::memcx;
     EXPECT_EQ(unc_reading_place(
                   run, memory ? comparison(c.text, "1%", c.code) : instrument(c.code, 10, u::volt, "1%")),

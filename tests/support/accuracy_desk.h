@@ -10,6 +10,7 @@
 #include "evaluation/memc.h"
 #include "evaluation/system_accuracy.h"
 #include "evaluation/tolerance.h"
+#include "settings/vset.h"
 #include "support/desk.h"
 #include "values/units.h"
 
@@ -107,17 +108,10 @@ class AccuracyTest : public EngineTest {
     run.test.indicated = indicated;
   }
 
-  void set(const std::string& name, const std::string& value) {
-    for (VsetEntry& entry : run.vset) {
-      if (entry.name == name) {
-        entry.vset_value = value;
-        return;
-      }
-    }
-    VsetEntry entry;
-    entry.name = name;
-    entry.vset_value = value;
-    run.vset.push_back(entry);
+  void set(std::string_view name, std::string_view value) {
+    FscRecord record = fsc_record_new();
+    record.set(field::code, fsc::vset);
+    EXPECT_TRUE(vset_add(run, record, name, value)) << name << '=' << value;
   }
 
   /// The number of the only report, 0 without one, -1 for more; forgets it and what it has stopped.
