@@ -92,8 +92,11 @@ struct Reading {
   double scale = 1;
 };
 
+// 0 for a prefix that stands for no number.
+double scale_of(std::uint8_t prefix) { return prefix == prefix_code::absent ? 1 : prefix_multiplier(prefix); }
+
 Reading reading_of(RunState& run, const FscRecord& record) {
-  const double scale = prefix_multiplier(record.get(field::nominal).prefix);
+  const double scale = scale_of(record.get(field::nominal).prefix);
   const bool to_mem = record.get(field::mod4) == mod4_code::n;
   return {to_mem ? &run.registers.mem : &run.test.actual, scale};
 }
@@ -102,16 +105,26 @@ CorrectionQuery query_of(RunState& run, const FscRecord& record, const Reading& 
   const QuantityField nominal = record.get(field::nominal);
   const double value = *reading.value * reading.scale;
   constexpr std::uint8_t not_typed = QuantityField::from_mem | QuantityField::keep;
-  const double typed = (nominal.flags & not_typed) != 0 ? value : nominal.value * reading.scale;
+  const bool is_mem = record.get(field::mod4) == mod4_code::c;
+  const double typed = is_mem || (nominal.flags & not_typed) != 0 ? value : nominal.value * reading.scale;
   CorrectionQuery query{.mode = {}, .nominal = typed, .value = value, .modifier = {}, .exact = exact};
   const ModifierField mod1 = record.get(field::mod1);
   const bool from_mem = (mod1.flags & ModifierField::from_mem) != 0;
   // Behind a set-up line MEM is the reading: a modifier that stood there is gone.
   if (mod1.unit != 0 && !(from_mem && record.get(field::mod4) == mod4_code::n)) {
     const double number = from_mem ? run.test.mod_value : mod1.value;
-    query.modifier = number * prefix_multiplier(mod1.prefix);
+    query.modifier = number * scale_of(mod1.prefix);
   }
   return query;
+}
+
+// Files give values in their own unit: a level in dBm whose files are in volts has no correction that can be added.
+bool is_in_unit_of_files(const FscRecord& record, const CorrectionQuery& query) {
+  const std::uint8_t unit = record.get(field::nominal).unit;
+  std::uint8_t file_unit = unit;
+  static_cast<void>(ur_convert(record.code(), query.value, unit, query.modifier.value_or(0),
+                               ur_impedance(record), UrMode::file, file_unit));
+  return file_unit == unit;
 }
 
 bool apply(RunState& run, const Correction& correction, const Reading& reading, const std::string& path) {
@@ -170,7 +183,8 @@ bool cor_check(RunState& run, const FscRecord& record) {
       query_of(run, record, reading, rule == required_exact || startup_config().cor_exact != 0);
   query.mode = mode;
   Correction correction;
-  if (!cor_lookup(run, path, asset, query, correction)) return false;
+  const bool can_have_one = reading.scale != 0 && is_in_unit_of_files(record, query);
+  if (can_have_one && !cor_lookup(run, path, asset, query, correction)) return false;
   if (correction.kinds == Correction::none) return !must || run_error(run, 31024, path, mode, query.nominal);
   return apply(run, correction, reading, path);
 }

@@ -11,6 +11,7 @@
 //     1000  0                   a modifier, and a further correction there in percent of the value
 //     50000 0.002
 //
+// Numbers are in the nominal's unit without prefix; a value whose files are in another unit (a level) has no correction.
 // Between two points a correction is a straight line; beyond the outermost ones it stays what it is there. Where an
 // exact point is asked for, the nominal (and the modifier) must be a point. The first MODE with the words, the first
 // RANGE of it that holds the nominal and the first MOD1 of that one count.
