@@ -6,6 +6,7 @@
 #include "config/startup_config.h"
 #include "evaluation/correction.h"
 #include "messages/catalogue.h"
+#include "settings/vset.h"
 #include "state/fsc.h"
 #include "support/desk.h"
 #include "values/units.h"
@@ -144,8 +145,9 @@ class CorrectedStatementTest : public CorrectionTest {
     return result;
   }
   void require_correction(const std::string& word) {
-    run.vset.clear();
-    run.vset.push_back({.flags = 0, .name = "CORREQ", .vset_value = word, .tset_value = {}});
+    FscRecord record = fsc_record_new();
+    record.set(field::code, fsc::vset);
+    EXPECT_TRUE(vset_add(run, record, "CORREQ", word));
   }
 
   QuantityField nominal;
