@@ -61,27 +61,29 @@ const CorrectionFile* corrections_of(RunState& run, const std::string& path) {
   return &files.back().file;
 }
 
+// The correction by the modifier that holds it.
+const CorrectionTable* table_of(const CorrectionRange& range, double modifier) {
+  const auto table =
+      std::find_if(range.modifiers.begin(), range.modifiers.end(),
+                   [&](const CorrectionTable& one) { return num_in(modifier, one.low, one.high); });
+  return table != range.modifiers.end() ? &*table : nullptr;
+}
+
+// As in accuracy files, rows for two values are not for one, nor the other way round: what is true of DC is none of AC's.
+bool is_for(const CorrectionRange& range, const CorrectionQuery& query) {
+  if (!num_in(query.nominal, range.values.low, range.values.high)) return false;
+  return query.modifier ? table_of(range, *query.modifier) != nullptr : range.modifiers.empty();
+}
+
 const CorrectionRange* range_of(const CorrectionFile& file, const CorrectionQuery& query) {
   std::vector<std::string_view> words;
   if (!split_words(query.mode, mode_word_limit, words)) return nullptr;
   const auto mode = std::find_if(file.modes.begin(), file.modes.end(),
                                  [&](const CorrectionMode& one) { return same_mode(one.words, words); });
   if (mode == file.modes.end()) return nullptr;
-  const auto range = std::find_if(mode->ranges.begin(), mode->ranges.end(), [&](const CorrectionRange& one) {
-    return num_in(query.nominal, one.values.low, one.values.high);
-  });
+  const auto range = std::find_if(mode->ranges.begin(), mode->ranges.end(),
+                                  [&](const CorrectionRange& one) { return is_for(one, query); });
   return range != mode->ranges.end() ? &*range : nullptr;
-}
-
-// The correction by the modifier, in percent.
-std::optional<double> by_modifier(const CorrectionRange& range, const CorrectionQuery& query) {
-  if (!query.modifier) return std::nullopt;
-  const double at = *query.modifier;
-  for (const CorrectionTable& table : range.modifiers) {
-    if (num_in(at, table.low, table.high))
-      return correction_at(table, at, query.exact ? query.modifier : std::nullopt);
-  }
-  return std::nullopt;
 }
 
 // --- A statement ---------------------------------------------------------------------------------------------------
@@ -157,12 +159,18 @@ bool cor_lookup(RunState& run, const std::string& path, std::string_view asset, 
   const auto exact = query.exact ? std::optional(query.nominal) : std::nullopt;
   const std::optional<double> first = correction_at(range->values, query.value, exact);
   if (!first) return true;
-  const std::optional<double> second = by_modifier(*range, query);
-  // Where corrections by the modifier are given and the exact one is not there, there is none.
-  if (query.exact && query.modifier && !range->modifiers.empty() && !second) return true;
-  out.kinds = second ? Correction::both_kinds : Correction::first_kind;
   out.first = *first;
-  out.second = second ? *second * percent * query.value : 0;
+  out.kinds = Correction::first_kind;
+  if (query.modifier) {
+    const double at = *query.modifier;
+    const auto second = correction_at(*table_of(*range, at), at, query.exact ? query.modifier : std::nullopt);
+    if (!second) {
+      out = Correction();
+      return true;
+    }
+    out.second = *second * percent * query.value;
+    out.kinds = Correction::both_kinds;
+  }
   out.line = range->values.line;
   return true;
 }
