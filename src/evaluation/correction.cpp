@@ -61,27 +61,29 @@ const CorrectionFile* corrections_of(RunState& run, const std::string& path) {
   return &files.back().file;
 }
 
+// The correction by the modifier that holds it.
+const CorrectionTable* table_of(const CorrectionRange& range, double modifier) {
+  const auto table =
+      std::find_if(range.modifiers.begin(), range.modifiers.end(),
+                   [&](const CorrectionTable& one) { return num_in(modifier, one.low, one.high); });
+  return table != range.modifiers.end() ? &*table : nullptr;
+}
+
+// As in accuracy files, rows for two values are not for one, nor the other way round: what is true of DC is none of AC's.
+bool is_for(const CorrectionRange& range, const CorrectionQuery& query) {
+  if (!num_in(query.nominal, range.values.low, range.values.high)) return false;
+  return query.modifier ? table_of(range, *query.modifier) != nullptr : range.modifiers.empty();
+}
+
 const CorrectionRange* range_of(const CorrectionFile& file, const CorrectionQuery& query) {
   std::vector<std::string_view> words;
   if (!split_words(query.mode, mode_word_limit, words)) return nullptr;
   const auto mode = std::find_if(file.modes.begin(), file.modes.end(),
                                  [&](const CorrectionMode& one) { return same_mode(one.words, words); });
   if (mode == file.modes.end()) return nullptr;
-  const auto range = std::find_if(mode->ranges.begin(), mode->ranges.end(), [&](const CorrectionRange& one) {
-    return num_in(query.nominal, one.values.low, one.values.high);
-  });
+  const auto range = std::find_if(mode->ranges.begin(), mode->ranges.end(),
+                                  [&](const CorrectionRange& one) { return is_for(one, query); });
   return range != mode->ranges.end() ? &*range : nullptr;
-}
-
-// The correction by the modifier, in percent.
-std::optional<double> by_modifier(const CorrectionRange& range, const CorrectionQuery& query) {
-  if (!query.modifier) return std::nullopt;
-  const double at = *query.modifier;
-  for (const CorrectionTable& table : range.modifiers) {
-    if (num_in(at, table.low, table.high))
-      return correction_at(table, at, query.exact ? query.modifier : std::nullopt);
-  }
-  return std::nullopt;
 }
 
 // --- A statement ---------------------------------------------------------------------------------------------------
@@ -92,8 +94,11 @@ struct Reading {
   double scale = 1;
 };
 
+// 0 for a prefix that stands for no number.
+double scale_of(std::uint8_t prefix) { return prefix == prefix_code::absent ? 1 : prefix_multiplier(prefix); }
+
 Reading reading_of(RunState& run, const FscRecord& record) {
-  const double scale = prefix_multiplier(record.get(field::nominal).prefix);
+  const double scale = scale_of(record.get(field::nominal).prefix);
   const bool to_mem = record.get(field::mod4) == mod4_code::n;
   return {to_mem ? &run.registers.mem : &run.test.actual, scale};
 }
@@ -102,16 +107,26 @@ CorrectionQuery query_of(RunState& run, const FscRecord& record, const Reading& 
   const QuantityField nominal = record.get(field::nominal);
   const double value = *reading.value * reading.scale;
   constexpr std::uint8_t not_typed = QuantityField::from_mem | QuantityField::keep;
-  const double typed = (nominal.flags & not_typed) != 0 ? value : nominal.value * reading.scale;
+  const bool is_mem = record.get(field::mod4) == mod4_code::c;
+  const double typed = is_mem || (nominal.flags & not_typed) != 0 ? value : nominal.value * reading.scale;
   CorrectionQuery query{.mode = {}, .nominal = typed, .value = value, .modifier = {}, .exact = exact};
   const ModifierField mod1 = record.get(field::mod1);
   const bool from_mem = (mod1.flags & ModifierField::from_mem) != 0;
   // Behind a set-up line MEM is the reading: a modifier that stood there is gone.
   if (mod1.unit != 0 && !(from_mem && record.get(field::mod4) == mod4_code::n)) {
     const double number = from_mem ? run.test.mod_value : mod1.value;
-    query.modifier = number * prefix_multiplier(mod1.prefix);
+    query.modifier = number * scale_of(mod1.prefix);
   }
   return query;
+}
+
+// Files give values in their own unit: a level in dBm whose files are in volts has no correction that can be added.
+bool is_in_unit_of_files(const FscRecord& record, const CorrectionQuery& query) {
+  const std::uint8_t unit = record.get(field::nominal).unit;
+  std::uint8_t file_unit = unit;
+  static_cast<void>(ur_convert(record.code(), query.value, unit, query.modifier.value_or(0),
+                               ur_impedance(record), UrMode::file, file_unit));
+  return file_unit == unit;
 }
 
 bool apply(RunState& run, const Correction& correction, const Reading& reading, const std::string& path) {
@@ -144,12 +159,18 @@ bool cor_lookup(RunState& run, const std::string& path, std::string_view asset, 
   const auto exact = query.exact ? std::optional(query.nominal) : std::nullopt;
   const std::optional<double> first = correction_at(range->values, query.value, exact);
   if (!first) return true;
-  const std::optional<double> second = by_modifier(*range, query);
-  // Where corrections by the modifier are given and the exact one is not there, there is none.
-  if (query.exact && query.modifier && !range->modifiers.empty() && !second) return true;
-  out.kinds = second ? Correction::both_kinds : Correction::first_kind;
   out.first = *first;
-  out.second = second ? *second * percent * query.value : 0;
+  out.kinds = Correction::first_kind;
+  if (query.modifier) {
+    const double at = *query.modifier;
+    const auto second = correction_at(*table_of(*range, at), at, query.exact ? query.modifier : std::nullopt);
+    if (!second) {
+      out = Correction();
+      return true;
+    }
+    out.second = *second * percent * query.value;
+    out.kinds = Correction::both_kinds;
+  }
   out.line = range->values.line;
   return true;
 }
@@ -170,7 +191,8 @@ bool cor_check(RunState& run, const FscRecord& record) {
       query_of(run, record, reading, rule == required_exact || startup_config().cor_exact != 0);
   query.mode = mode;
   Correction correction;
-  if (!cor_lookup(run, path, asset, query, correction)) return false;
+  const bool can_have_one = reading.scale != 0 && is_in_unit_of_files(record, query);
+  if (can_have_one && !cor_lookup(run, path, asset, query, correction)) return false;
   if (correction.kinds == Correction::none) return !must || run_error(run, 31024, path, mode, query.nominal);
   return apply(run, correction, reading, path);
 }

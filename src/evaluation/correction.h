@@ -7,13 +7,17 @@
 //   RANGE: 0 1.2                of the nominal, without prefix; both ends belong to it
 //     0     0.0000002           a value, and the correction there in the same unit
 //     1     0.0000011
+//   RANGE: 0 1.2                the same for statements with a modifier
+//     0     0
 //   MOD1: 10 100000             within the RANGE: of the modifier
 //     1000  0                   a modifier, and a further correction there in percent of the value
 //     50000 0.002
 //
+// Numbers are in the nominal's unit without prefix; a value whose files are in another unit (a level) has no correction.
 // Between two points a correction is a straight line; beyond the outermost ones it stays what it is there. Where an
-// exact point is asked for, the nominal (and the modifier) must be a point. The first MODE with the words, the first
-// RANGE of it that holds the nominal and the first MOD1 of that one count.
+// exact point is asked for, the nominal (and the modifier) must be a point. The first MODE with the words counts, and of
+// it the first RANGE that holds the nominal: for a statement with a modifier one whose MOD1 holds it, else one without
+// MOD1.
 #pragma once
 
 #include <optional>

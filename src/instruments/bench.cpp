@@ -114,9 +114,10 @@ bool serve_waiting_requests(RunState& run) {
 }
 
 // Is it the very instrument that the inventory has under the asset? Nothing to ask without an inventory, and of a model
-// that does not tell its maker and number.
+// whose answer has no place for a serial number.
 bool is_that_asset(RunState& run, const InstrumentRecord& row, const DeviceIdentity& identity) {
-  if (identity.maker.empty() || row.asset.empty() || !inventory_stands()) return true;
+  const bool tells = !identity.serial.empty() || !identity.firmware.empty();
+  if (!tells || row.asset.empty() || !inventory_stands()) return true;
   return serial_number_check(run, row.code, identity,
                              inventory_text(row.asset, inventory_property::serial_number).value_or(""));
 }

@@ -53,7 +53,7 @@ class Reader {
       const LineReader::Result result = lines.next(line);
       if (result == LineReader::Result::end) return true;
       line_ = lines.number();
-      if (result == LineReader::Result::too_long) return fault(31010, formatted("%d", line_limit));
+      if (result == LineReader::Result::too_long) return fault(31010, std::to_string(line_limit));
       const std::string_view words = trim(line);
       if (!(words.starts_with('{') ? asset(words) : property(words))) return false;
     }

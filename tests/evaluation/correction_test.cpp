@@ -6,8 +6,10 @@
 #include "config/startup_config.h"
 #include "evaluation/correction.h"
 #include "messages/catalogue.h"
+#include "settings/vset.h"
 #include "state/fsc.h"
 #include "support/desk.h"
+#include "values/units.h"
 
 namespace orvane::test {
 namespace {
@@ -51,7 +53,8 @@ TEST_F(CorrectionTest, PointsRangesAndModifiers) {
   write("3458.cor",
         "# certificate\nasset: 77\nMODE: Volts\nRANGE: -1 1.2\n-1 -0.002\n1 0.002\nMOD1: 10 1000\n100 "
         "1\n1000 3\n"
-        "mod1: 1000 9000\n5000 10\nRANGE: 1.2 12\n2 0.5\nMODE: Amps\nRANGE: 0 1\n0 1\n");
+        "mod1: 1000 9000\n5000 10\nRANGE: -1 1.2\n-1 -0.002\n1 0.002\nRANGE: 1.2 12\n2 0.5\nMODE: "
+        "Amps\nRANGE: 0 1\n0 1\n");
   constexpr double in = 0.9e-11, out = 1.1e-11;
   struct Case {
     double nominal, value;
@@ -73,10 +76,10 @@ TEST_F(CorrectionTest, PointsRangesAndModifiers) {
       {1, 1, 550, false, "2: 0.022"},
       {1, 1, 10, false, "2: 0.012"},
       {1, 1, 10 * (1 - in), false, "2: 0.012"},
-      {1, 1, 10 * (1 - out), false, "1: 0.002"},
+      {1, 1, 10 * (1 - out), false, "none"},
       {1, 1, 1000, false, "2: 0.032"},
       {1, 1, 1000 * (1 + out), false, "2: 0.102"},
-      {2, 3, 100, false, "1: 0.5"},
+      {2, 3, 100, false, "none"},
       {1, 0.9, {}, true, "1: 0.002"},
       {1 + in, 0.9, {}, true, "1: 0.002"},
       {1 + out, 0.9, {}, true, "none"},
@@ -113,6 +116,99 @@ TEST_F(CorrectionTest, DamagedFiles) {
   }
   std::filesystem::remove(the_path);
   EXPECT_EQ(correction(1, 1), "31020");
+}
+
+// --- Statements ----------------------------------------------------------------------------------------------------
+
+class CorrectedStatementTest : public CorrectionTest {
+ protected:
+  CorrectedStatementTest() {
+    write("3458.cor",
+          "MODE: Volts\nRANGE: 0 1.2\n0 0\n1 0.002\nRANGE: 0 1.2\n0 0\n1 0.002\nMOD1: 10 1000\n10 1\n");
+    nominal.unit = unit_code::volt;
+    nominal.prefix = prefix_code::milli;
+    nominal.value = 500;
+    run.test = TestValues();
+    run.test.actual = 500;
+    run.registers.mem1() = 500;
+    run.registers.mem = 400;
+  }
+
+  // What the step returns behind a statement, and its report.
+  std::string check(std::uint8_t mod4 = mod4_code::none) {
+    desk.shown.clear();
+    FscRecord record = fsc_record_new();
+    record.set(field::code, fsc::i3458);
+    record.set(field::nominal, nominal);
+    record.set(field::mod1, modifier);
+    record.set(field::mod4, mod4);
+    std::string result = cor_check(run, record) ? "yes" : "no";
+    for (const int number : desk.message_numbers()) result += " " + std::to_string(number);
+    return result;
+  }
+  void require_correction(const std::string& word) {
+    FscRecord record = fsc_record_new();
+    record.set(field::code, fsc::vset);
+    EXPECT_TRUE(vset_add(run, record, "CORREQ", word));
+  }
+
+  QuantityField nominal;
+  ModifierField modifier;
+};
+
+TEST_F(CorrectedStatementTest, ReadingsAreCorrectedInTheUnitOfTheStatement) {
+  EXPECT_EQ(check(), "yes");
+  EXPECT_DOUBLE_EQ(run.test.actual, 501);
+  EXPECT_DOUBLE_EQ(run.registers.mem1(), 501);
+  EXPECT_DOUBLE_EQ(run.registers.mem, 400);
+  EXPECT_EQ(run.test.test_state, test_bit::corrected);
+  EXPECT_DOUBLE_EQ(run.correction.amount(), 0.001);
+
+  modifier.unit = unit_code::hertz;
+  modifier.value = 100;
+  run.test.actual = 500;
+  run.registers.mem1() = 7;
+  EXPECT_EQ(check(), "yes");
+  EXPECT_DOUBLE_EQ(run.test.actual, 506);
+  EXPECT_DOUBLE_EQ(run.registers.mem1(), 7) << "not the reading";
+  EXPECT_EQ(run.test.test_state, test_bit::corrected | test_bit::corrected_twice);
+
+  modifier = ModifierField();
+  EXPECT_EQ(check(mod4_code::n), "yes");
+  EXPECT_DOUBLE_EQ(run.registers.mem, 400.8);
+  EXPECT_EQ(run.test.test_state, test_bit::corrected);
+}
+
+TEST_F(CorrectedStatementTest, WhereACorrectionIsMissing) {
+  nominal.value = 1500;
+  EXPECT_EQ(check(), "yes");
+  EXPECT_EQ(run.test.test_state, 0);
+  require_correction("YES");
+  EXPECT_EQ(check(), "no 31024");
+  nominal.value = 500;
+  EXPECT_EQ(check(), "yes");
+  require_correction("EXACT");
+  EXPECT_EQ(check(), "no 31024");
+  nominal.value = 1000;
+  EXPECT_EQ(check(), "yes");
+  std::filesystem::remove(the_path);
+  EXPECT_EQ(check(), "no 31023");
+  require_correction("NO");
+  run.test.actual = 500;
+  EXPECT_EQ(check(), "yes");
+  write("3458.cor", "MODE: Volts\nRANGE: 0 1.2\n");
+  EXPECT_EQ(check(), "no 31021");
+  write("3458.cor", "MODE: Volts\nRANGE: 0 1.2\n0 1\n1 1\n");
+  nominal.value = 500;
+  EXPECT_EQ(check(), "yes");
+  EXPECT_DOUBLE_EQ(run.test.actual, 1500);
+  startup_config().cor_exact = 1;
+  EXPECT_EQ(check(), "yes");
+  EXPECT_DOUBLE_EQ(run.test.actual, 1500) << "no point at the nominal";
+  nominal.unit = unit_code::dbm;
+  nominal.prefix = 0;
+  EXPECT_EQ(check(), "yes");
+  EXPECT_DOUBLE_EQ(run.test.actual, 1500) << "a level";
 }
 
 }  // namespace

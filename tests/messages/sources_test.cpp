@@ -199,7 +199,15 @@ constexpr const char* assets = "src/instruments/device_assets.cpp";
 constexpr const char* meter_3458 = "src/instruments/drivers/hp3458a.cpp";
 constexpr const char* limits_3458 = "src/instruments/drivers/hp3458a_limits.cpp";
 constexpr const char* driver_prompts = "src/instruments/drivers/prompts.cpp";
+constexpr const char* acc_header = "src/values/accuracy/accuracy_header.cpp";
+constexpr const char* acc_scan = "src/values/accuracy/accuracy_scan.cpp";
+constexpr const char* inventory = "src/instruments/inventory.cpp";
 const Table tables[] = {
+    {acc_header, "number", acc_header, R"(fault\((\d+),)", "sds"},
+    {acc_scan, "number", acc_scan, R"(nothing\((\d+),)", "ssgs"},
+    {inventory, "number", inventory, R"(fault\((\d+),)", "sds"},
+    {"src/evaluation/correction.cpp", "fault->reason", "src/evaluation/correction_file.cpp",
+     R"(\b\w+ = (310\d\d)\b)", ""},
     {meter_3458, "message", meter_3458, R"(\b(26(?:3[2-9]|4\d|5\d|60))[,}])", ""},
     {meter_3458, "write_message", meter_3458, R"(ERR\?", (26\d\d), \d+)", "s"},
     {meter_3458, "read_message", meter_3458, R"(ERR\?", \d+, (26\d\d))", "s"},
