@@ -214,6 +214,9 @@ bool r_begin_test(RunState& run, const FscRecord& record) {
   const bool quantities =
       record.code() == fsc::memc || record.code() == fsc::memcx || record.has_class(code_class::instrument);
   if (!quantities) return true;
+  // A test with an uncertainty fills twice as many fields; room for them all is taken at once.
+  const bool samples = setting_code(run, Setting::NMEAS) > 0;
+  result->values.reserve(samples ? 2 * values_step : values_step);
   const Typed nominal = nominal_of(run, record);
   const int decimals = digits_after_point(nominal.digits);
   r_set_value(*result, ResultField::nominal, decimals, nominal.value, nominal.prefix, nominal.unit, {},
@@ -305,7 +308,6 @@ void r_uncertainty(RunState& run) {
   const bool worked_out = (run.test.test_state & test_bit::uncertainty) != 0;
   if (record == nullptr || !worked_out || block.has(unc_flag::no_accuracy)) return;
   const int resolution = std::max(setting_code(run, Setting::NSD) - 1, 0);
-  record->values.reserve(2 * values_step);
   for (const ChainRow& row : chain_rows) store(run, *record, row, resolution);
   for (const FamilyRow& family : family_rows) {
     for (int i = 1; i <= component_count; ++i)
