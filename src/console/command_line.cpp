@@ -15,6 +15,8 @@ std::optional<int> parse_command_line(int argc, const char* const* argv, OvrunOp
       ->excludes(record);
   app.add_option("--progress", options.progress, "progress on standard error")
       ->check(CLI::IsMember({"auto", "plain", "none"}));
+  app.add_flag("--explain", options.explain,
+               "tell behind each result how its verdict came about: accuracy, uncertainty, guard band");
   app.add_flag("--check-config", options.check_config,
                "check the configuration, print every key, run nothing");
   app.add_flag(

@@ -18,6 +18,7 @@ struct OvrunOptions : ProgramOptions {
   bool check_config = false;
   bool list = false;
   bool bench = false;
+  bool explain = false;
 };
 
 /// Reads the command line. A value: the program ends with it at once (0 after help or version, 64 after one line on

@@ -1,4 +1,5 @@
 #include "console/desk.h"
+#include "console/explanation_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -210,6 +211,7 @@ void ConsoleDesk::show(Waiting& window) {
   } else {
     show_buttons(window);
   }
+  if (window.explanation != nullptr) print("  ?) why this verdict");
 }
 
 // --- Answering ---
@@ -355,6 +357,10 @@ int ConsoleDesk::from_terminal(Waiting& window) {
         read_entry(window, window.text != nullptr ? "text> " : "> ", left);
     if (!text) return left;
     if (window.rows != nullptr && browse(window, trim_blanks(*text))) continue;
+    if (window.explanation != nullptr && trim_blanks(*text) == explain_key) {
+      for (const std::string& told : explanation_lines(*window.explanation)) print(told);
+      continue;
+    }
     if (const auto code = entered(window, *text)) return *code;
     print(window.rows != nullptr ? "  Please type the number of a row, or the first letters of a button."
                                  : "  Please type the number or the first letters of a button.");
@@ -420,6 +426,7 @@ int ConsoleDesk::test(const TestWindow& window) {
   for (const TestWindow::TestButton& button : window.buttons) {
     if (button.enabled) waiting.buttons.push_back(button.button);
   }
+  if (!window.explanation.empty()) waiting.explanation = &window.explanation;
   return resolve(waiting);
 }
 
@@ -462,6 +469,7 @@ void ConsoleDesk::result(const ResultLine& line) {
   };
   shown_line(line.line1);
   shown_line(line.line2);
+  for (const std::string& told : explanation_lines(line.explanation)) print(told);
 }
 
 void ConsoleDesk::result_note(std::string_view text, int colour) { print(coloured(text, colour)); }

@@ -39,6 +39,9 @@ class ConsoleDesk : public Operator {
   std::unique_ptr<LiveWindow> live(const LinesWindow& window) override;
   void status(int row, std::string_view text) override;
   void result(const ResultLine& line) override;
+  /// Every result is followed by how it came about.
+  void explain_results(bool wanted) { explains_ = wanted; }
+  bool explains_results() const override { return explains_; }
   void result_note(std::string_view text, int colour) override;
   /// The results of a run stand below headings of their own.
   void run_begins(const RunBoard&) override { heading_printed_ = false; }
@@ -68,6 +71,7 @@ class ConsoleDesk : public Operator {
     std::size_t text_limit = 0;
     bool echo = true;
     const Picture* picture = nullptr;
+    const Explanation* explanation = nullptr;
     FormWindow* form = nullptr;
     const RowSource* rows = nullptr;
     std::string_view headings;  // of the rows' columns
@@ -116,6 +120,7 @@ class ConsoleDesk : public Operator {
   bool told_error_ = false;
   bool use_colour_ = false;
   bool heading_printed_ = false;
+  bool explains_ = false;
   RunProgress progress_;
 };
 

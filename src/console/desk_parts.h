@@ -10,6 +10,8 @@
 namespace orvane {
 
 constexpr std::string_view escape_key = "\x1b";
+// At a test: tells how its verdict came about.
+constexpr std::string_view explain_key = "?";
 
 /// What a window takes, for the line that tells of a misfit.
 std::string button_offer(const std::vector<Button>& buttons);

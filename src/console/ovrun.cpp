@@ -109,6 +109,7 @@ class Session {
       if (!read_answers(options_.answers, answers_)) return false;
       desk_.answer_from(&answers_);
     }
+    desk_.explain_results(options_.explain);
     if (!options_.record.empty() && !bus_record_file(options_.record)) return false;
     if (!options_.replay.empty() && !bus_replay_file(options_.replay)) return false;
     start_.config_path = options_.config.empty() ? default_config_path() : options_.config;
@@ -136,9 +137,7 @@ class Session {
     return options_.list ? list_names() : run_procedure(state);
   }
 
-  static int show_bench(RunState& state) {
-    return report_bench(state, out_line) ? exit_pass : exit_failed;
-  }
+  static int show_bench(RunState& state) { return report_bench(state, out_line) ? exit_pass : exit_failed; }
 
   int run_procedure(RunState& state) {
     running_ = this;

@@ -13,10 +13,14 @@ namespace {
 
 // clang-format off
 constexpr std::array rows = {
-    OutcomeRow{Outcome::pass, decision_status::pass, "PASS", "", "PASS", result_colour::pass, false, result_flag::pass},
-    OutcomeRow{Outcome::marginal, decision_status::marginal, "MARGINAL PASS", "MARGINAL", "PASS", result_colour::marginal, false, result_flag::pass | result_flag::marginal},
+    OutcomeRow{Outcome::pass, decision_status::pass, "PASS", "", "PASS", result_colour::pass, false, result_bit::pass},
+    OutcomeRow{Outcome::marginal, decision_status::marginal, "MARGINAL PASS", "MARGINAL", "PASS", result_colour::marginal, false, result_bit::pass | result_bit::marginal},
     OutcomeRow{Outcome::fail, decision_status::fail, "FAIL", "", "FAIL", result_colour::fail, true, 0},
-    OutcomeRow{Outcome::gross_fail, decision_status::notify_user, "FAIL NOTIFY USER", "NOTIFY USER", "FAIL", result_colour::fail, true, result_flag::notify_user},
+    OutcomeRow{Outcome::gross_fail, decision_status::notify_user, "FAIL NOTIFY USER", "NOTIFY USER", "FAIL", result_colour::fail, true, result_bit::notify_user},
+    OutcomeRow{Outcome::guard_pass, decision_status::pass, "PASS (GB)", "", "PASS", result_colour::pass, false, result_bit::pass},
+    OutcomeRow{Outcome::guard_pass_indeterminate, decision_status::pass | decision_status::pass_indeterminate, "PASS INDETERM", "", "PASS", result_colour::pass_indeterminate, false, result_bit::indeterminate | result_bit::pass},
+    OutcomeRow{Outcome::guard_fail_indeterminate, decision_status::fail | decision_status::fail_indeterminate, "FAIL INDETERM", "", "FAIL", result_colour::fail_indeterminate, true, result_bit::indeterminate},
+    OutcomeRow{Outcome::guard_fail, decision_status::fail, "FAIL (GB)", "", "FAIL", result_colour::fail, true, 0},
 };
 // clang-format on
 constexpr bool rows_are_in_order() {
@@ -44,6 +48,28 @@ Outcome decide(double percent, double adjust_threshold) {
   if (!(percent <= percent_cap) || !eps_le(percent, startup_config().oot_lim)) return Outcome::gross_fail;
   if (is_fail(percent)) return Outcome::fail;
   return percent > adjust_threshold ? Outcome::marginal : Outcome::pass;
+}
+
+Outcome decide_guarded(const GuardResult& guard, double percent) {
+  if (!is_fail(guard.g1)) return Outcome::guard_pass;
+  if (!is_fail(percent)) return Outcome::guard_pass_indeterminate;
+  return is_fail(guard.g2) ? Outcome::guard_fail : Outcome::guard_fail_indeterminate;
+}
+
+OutcomeRow guarded_row(Outcome outcome, double percent, double adjust_threshold) {
+  OutcomeRow row = outcome_row(outcome);
+  const bool beyond = eps_gt(percent, startup_config().oot_lim);
+  if (beyond) row.condition = "NOTIFY USER";
+  if (beyond || percent_is_capped(percent)) {
+    row.result_flags |= result_bit::notify_user;
+    row.status_bits |= decision_status::notify_user;
+  }
+  if (!row.failed && eps_gt(percent, adjust_threshold)) {
+    row.condition = "MARGINAL";
+    row.result_flags |= result_bit::marginal;
+    row.status_bits |= decision_status::marginal;
+  }
+  return row;
 }
 
 bool percent_is_capped(double percent) { return !(percent <= percent_cap); }

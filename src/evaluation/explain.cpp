@@ -167,7 +167,7 @@ class Explaining {
   }
 
   // What a pass had to stay under.
-  static std::string limit_text() { return msg(startup_config().pass100 != 0 ? 31101 : 31102); }
+  static std::string limit_text() { return startup_config().pass100 != 0 ? msg(31101) : msg(31102); }
 
   static std::string file_name(const std::string& path) {
     return std::filesystem::path(path).filename().string();

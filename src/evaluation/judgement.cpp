@@ -35,7 +35,7 @@ void format_evaluation(RunState& run, const FscRecord& record) {
   if ((debug_flags() & debug_bit::evaluation) != 0)
     debug_log("pt_format_result : EVAL FSC : %s", block.remark);
   apply_outcome(run, outcome_row(fails ? Outcome::fail : Outcome::pass));
-  if (fails) block.result_flags = result_flag::notify_user;
+  if (fails) block.result_flags = result_bit::notify_user;
   const std::string& shown = block.ind_text.empty() ? block.remark : block.ind_text;
   lay_out(block, shown, fails ? "FAIL" : "PASS", fails ? "NOTIFY USER" : "", "");
 }

@@ -2,6 +2,7 @@
 
 #include "config/startup_config.h"
 #include "evaluation/tolerance.h"
+#include "settings/settings.h"
 
 namespace orvane {
 namespace {
@@ -55,8 +56,8 @@ bool compute(RunState& run, const FscRecord& record, BlockField<RangeField> rang
 
 }  // namespace
 
-ToleranceReference tolerance_reference() {
-  switch (startup_config().TOL_REF) {
+ToleranceReference tolerance_reference(RunState& run) {
+  switch (setting_code(run, Setting::TOL_REF)) {
     case 2: return ToleranceReference::system_actual;
     case 3: return ToleranceReference::uut_indicated;
     default: return ToleranceReference::nominal;
@@ -90,7 +91,7 @@ bool settle_tolerance(RunState& run, const FscRecord& record, double& reference)
   const bool memc = code == fsc::memc, memcx = code == fsc::memcx;
   reference = 0;
   if (!memc && !memcx && !record.has_class(code_class::instrument)) return true;
-  const ToleranceReference refers_to = tolerance_reference();
+  const ToleranceReference refers_to = tolerance_reference(run);
   const Settlement settlement = memc    ? settle_memc(run, record, refers_to)
                                 : memcx ? settle_memcx(run, record, refers_to)
                                         : settle_instrument(run, record, refers_to);

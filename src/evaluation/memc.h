@@ -10,9 +10,9 @@
 
 namespace orvane {
 
-/// What a percent tolerance refers to: the key TOL_REF, nominal where it is not set.
+/// What a percent tolerance refers to: the setting TOL_REF.
 enum class ToleranceReference { nominal = 1, system_actual = 2, uut_indicated = 3 };
-ToleranceReference tolerance_reference();
+ToleranceReference tolerance_reference(RunState& run);
 
 /// The number at the start of the nominal's text, without a prefix: "10.0mV" gives 10.
 std::optional<double> memc_number(const FscRecord& record);

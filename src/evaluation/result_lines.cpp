@@ -9,6 +9,7 @@
 #include "evaluation/line_columns.h"
 #include "evaluation/memc.h"
 #include "evaluation/tolerance.h"
+#include "settings/settings.h"
 #include "values/numbers.h"
 #include "values/units.h"
 
@@ -107,10 +108,14 @@ void fill_memc_modifier(DecisionBlock& block, std::string_view text) {
   block.mod_value = value.value;
 }
 
-void fill_memc(DecisionBlock& block, const TestValues& test, const FscRecord& record) {
+void fill_memc(const RunState& run, DecisionBlock& block, const FscRecord& record) {
+  const TestValues& test = run.test;
   const std::string_view nominal = record.text(field::memc_nominal);
   const std::size_t number = number_length(nominal);
-  const std::string_view units = nominal.substr(number);
+  const AccStatement& stated = run.accuracy.statement;
+  // The unit of an ACC statement is that of the comparison behind it.
+  const bool has_stated = stated.has(AccStatement::met) && !stated.units.empty();
+  const std::string_view units = has_stated ? std::string_view(stated.units) : nominal.substr(number);
   DimValue typed;
   if (dim_parse_listing(nominal, typed)) {
     block.ind_unit = block.act_unit = typed.unit;
@@ -196,10 +201,81 @@ std::string error_text(const FscRecord& record, const TestValues& test, double r
   return format_aligned(difference, 3, 6, 3).value_or("");
 }
 
+// ---- The second line ----
+
+constexpr std::size_t system_tolerance_column = 8, test_tolerance_column = 31, ratio_column = 51;
+constexpr std::string_view system_label = "SYSTEM TOL:", test_label = "TEST TOL:";
+constexpr std::size_t system_width = 22, test_width = 19;
+constexpr std::size_t units_limit = 8;
+
+// Five significant digits, in fixed form where that fits.
+std::string tolerance_number(double value, bool exponent_form, std::size_t width) {
+  constexpr int significant = 5;
+  if (!exponent_form && value != 0.0) {
+    const int magnitude = static_cast<int>(std::floor(std::log10(std::fabs(value))));
+    std::string text = print_number(value, 'f', std::clamp(significant - 1 - magnitude, 0, 15));
+    if (text.size() <= width) return text;
+  }
+  if (!exponent_form && value == 0.0) return "0.0000";
+  for (int decimals = significant - 1; decimals > 0; --decimals) {
+    std::string text = print_number(value, 'E', decimals);
+    if (text.size() <= width) return text;
+  }
+  return print_number(value, 'E', 0);
+}
+
+std::string tolerance_units(const TestValues& test, const FscRecord& record) {
+  if (const auto text = unit_display(test.unit)) return std::string(*text);
+  if (!is_memc(record) || (test.test_state & test_bit::acc_units) == 0) return {};
+  const bool fits = !test.tol_units.empty() && test.tol_units.size() <= units_limit;
+  return fits ? test.tol_units : "?";
+}
+
+void fill_tolerances(const RunState& run, DecisionBlock& block, const FscRecord& record) {
+  const TestValues& test = run.test;
+  if ((test.test_state & test_bit::tolerances) == 0) return;
+  const bool exponent = is_memc(record) && (test.test_state & test_bit::acc_units) != 0;
+  const std::string units = tolerance_units(test, record);
+  const auto text = [&](double value, std::size_t room) {
+    return tolerance_number(value, exponent, room - std::min(units.size(), room)) + units;
+  };
+  block.test_tol_value = test.test_tol;
+  block.sys_tol_value = test.sys_tol;
+  block.test_tol_units = block.sys_tol_units = units;
+  block.test_tol_text = text(test.test_tol, test_width - test_label.size());
+  block.sys_tol_text = text(test.sys_tol, system_width - system_label.size());
+  const bool low = (test.test_state & test_bit::tur_low) != 0;
+  if ((run.accuracy.bits & ur_bit::tur) != 0) {
+    block.tur_flags = DecisionBlock::tur_calculated;
+    block.tur_value = test.tur;
+  }
+  if (low) block.tur_flags |= DecisionBlock::tur_numeric;
+  const double shown = low ? test.tur : startup_config().tur_lim;
+  block.tur_text = (low ? "" : "> ") + right_aligned(print_number(shown, 'f', 1), 4);
+}
+
+void fill_uncertainty(RunState& run, DecisionBlock& block) {
+  const UncertaintyBlock& uncertainty = run.uncertainty;
+  if ((run.test.test_state & test_bit::uncertainty) == 0 || !uncertainty.valid(Quantity::std_unc)) return;
+  block.unc_flags = DecisionBlock::filled;
+  block.unc_value = uncertainty[Quantity::std_unc];
+  block.unc_text = print_number(block.unc_value, 'E', setting_code(run, Setting::NSD) - 1);
+}
+
+void put_tolerances(const RunState& run, const DecisionBlock& block, Columns& second) {
+  if ((run.test.test_state & test_bit::tolerances) == 0 || !run.asks(ask_option::U)) return;
+  second.put(system_tolerance_column, std::string(system_label) + block.sys_tol_text);
+  second.put(test_tolerance_column, std::string(test_label) + block.test_tol_text);
+  if ((run.test.test_state & test_bit::tur_low) != 0)
+    second.put(ratio_column, "TUR:" + right_aligned(print_number(run.test.tur, 'f', 1), 4));
+}
+
 // ---- The decision ----
 
-void lay_out(DecisionBlock& block, const FscRecord& record, const OutcomeRow& row, bool go_no_go) {
+void lay_out(const RunState& run, DecisionBlock& block, const FscRecord& record, const OutcomeRow& row,
+             bool go_no_go, std::string_view shown) {
   Columns first, second;
+  put_tolerances(run, block, second);
   first.put(result_column::test, right_aligned(std::to_string(record.test_major()), 3));
   if ((block.act_flags & DecisionBlock::actual_corrected) != 0) first.put(result_column::corrected, "c");
   first.put(result_column::range, range_column(block));
@@ -207,7 +283,7 @@ void lay_out(DecisionBlock& block, const FscRecord& record, const OutcomeRow& ro
   first.put(result_column::actual, block.act_text);
   first.put(result_column::modifier, block.mod_text);
   first.put(result_column::error, block.error_text);
-  first.put(result_column::percent, go_no_go ? row.verdict : block.pct_text);
+  first.put(result_column::percent, shown);
   second.put(result_column::condition, row.condition);
   if (!go_no_go) second.put(result_column::verdict, row.verdict);
   block.line1 = first.take();
@@ -237,8 +313,10 @@ void apply_outcome(RunState& run, const OutcomeRow& row) {
   block.status_text = row.status_text;
   block.colour = row.colour;
   block.result_flags = row.result_flags;
-  run.test.test_state = static_cast<std::uint16_t>(row.failed ? run.test.test_state | test_bit::failed
-                                                              : run.test.test_state & ~test_bit::failed);
+  unsigned state = run.test.test_state & ~static_cast<unsigned>(test_bit::failed | test_bit::indeterminate);
+  if (row.failed) state |= test_bit::failed;
+  if ((row.result_flags & result_bit::indeterminate) != 0) state |= test_bit::indeterminate;
+  run.test.test_state = static_cast<std::uint16_t>(state);
 }
 
 void fill_percent(DecisionBlock& block, double percent, bool negative) {
@@ -266,28 +344,34 @@ void format_result(RunState& run, const FscRecord& record, double percent, doubl
   const TestValues& test = run.test;
   const bool go_no_go = (test.test_state & test_bit::go_no_go) != 0;
   if (is_memc(record)) {
-    fill_memc(block, test, record);
+    fill_memc(run, block, record);
   } else {
     fill_columns(block, test, record);
   }
 
-  Outcome outcome = Outcome::pass;
+  OutcomeRow row = outcome_row(Outcome::pass);
+  std::string shown;
   if (go_no_go) {
     fill_go_no_go(block);
     if ((test.test_state & test_bit::failed) != 0) {
-      outcome = Outcome::gross_fail;
+      row = outcome_row(Outcome::gross_fail);
     } else {
       block.pct_flags = DecisionBlock::percent_capped;  // kept: a judgement that passed carries this mark
     }
+    shown = row.verdict;
   } else {
     block.error_valid = 1;
     block.error_text = error_text(record, test, reference);
-    fill_percent(block, percent, test.indicated < test.actual);
-    outcome = decide(percent, run.adjust_threshold);
+    shown = percent_text(percent);
+    // The printed line has the percent of the tolerance, the result that of the decision limits.
+    fill_percent(block, run.guard.applied ? run.guard.g1 : percent, test.indicated < test.actual);
+    row = run.guard.applied ? guarded_row(decide_guarded(run.guard, percent), percent, run.adjust_threshold)
+                            : outcome_row(decide(percent, run.adjust_threshold));
   }
-  const OutcomeRow& row = outcome_row(outcome);
   apply_outcome(run, row);
-  lay_out(block, record, row, go_no_go);
+  fill_tolerances(run, block, record);
+  fill_uncertainty(run, block);
+  lay_out(run, block, record, row, go_no_go, shown);
   if ((block.act_flags & DecisionBlock::actual_corrected) != 0) block.act_text += corrected_mark;
 }
 

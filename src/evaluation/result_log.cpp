@@ -8,6 +8,7 @@
 #include "evaluation/judgement.h"
 #include "evaluation/memc.h"
 #include "messages/catalogue.h"
+#include "settings/settings.h"
 #include "state/report.h"
 #include "values/numbers.h"
 
@@ -145,8 +146,11 @@ bool log_line(RunState& run, int test, int step, char letter, std::string_view t
   return write(run, head(test, step, letter) + std::string(text));
 }
 
-char log_test_letter(const RunState& run, const FscRecord& record) {
-  if (is_memc(record)) return log_letter::memc;
+char log_test_letter(RunState& run, const FscRecord& record) {
+  if (is_memc(record)) {
+    if (!run.accuracy.statement.has(AccStatement::met)) return log_letter::memc;
+    return setting_code(run, Setting::UUP) != 0 ? log_letter::acc_unit : log_letter::acc;
+  }
   if (record.code() == fsc::eval || record.code() == fsc::pice) return log_letter::evaluation;
   if (record.code() == fsc::dose)
     return has_program_percent(run, record) ? log_letter::program_number : log_letter::program_word;

@@ -34,6 +34,8 @@ constexpr char enter = 'C', leave = 'L', adjust = 'A', brace = 'B', comment = 'K
                cancelled = 'c';
 constexpr char evaluation = 'E', memc = 'M', go_no_go = 'G', instrument = 'I', program_number = 'D',
                program_word = 'd';
+// MEMC and MEMCX behind an ACC statement, with its unit read (setting UUP) and without.
+constexpr char acc_unit = 'S', acc = 'a';
 }  // namespace log_letter
 
 /// A line has at most this many characters, its line break not counted; a longer text is cut.
@@ -59,7 +61,7 @@ void log_close(RunState& run);
 [[nodiscard]] bool log_test(RunState& run, const FscRecord& record, const LogTexts& texts = {});
 
 /// The letter of a test statement.
-char log_test_letter(const RunState& run, const FscRecord& record);
+char log_test_letter(RunState& run, const FscRecord& record);
 
 /// A procedure begins or ends; a called one bears the number of its CALL.
 [[nodiscard]] bool log_enter(RunState& run, int tests, std::string_view procedure);

@@ -203,6 +203,8 @@ constexpr const char* acc_header = "src/values/accuracy/accuracy_header.cpp";
 constexpr const char* acc_scan = "src/values/accuracy/accuracy_scan.cpp";
 constexpr const char* inventory = "src/instruments/inventory.cpp";
 const Table tables[] = {
+    {"src/evaluation/explain.cpp", "label", "src/evaluation/explain.cpp", R"(= (310[78]\d)[,;])", ""},
+    {"src/evaluation/tolerance.cpp", "sentence", "src/evaluation/tolerance.cpp", R"(\b(3111[345])\b)", "ss"},
     {acc_header, "number", acc_header, R"(fault\((\d+),)", "sds"},
     {acc_scan, "number", acc_scan, R"(nothing\((\d+),)", "ssgs"},
     {inventory, "number", inventory, R"(fault\((\d+),)", "sds"},

@@ -76,7 +76,8 @@ bool run_std(Statement& s) {
   return true;
 }
 
-constexpr LoopHookRow loop_rows[] = {{LoopStep::check_instruments, cor_check}};
+constexpr LoopHookRow loop_rows[] = {{LoopStep::check_instruments, cor_check},
+                                     {LoopStep::system_accuracy, ur_system_accuracy}};
 
 bool drivers_sound = false;
 
@@ -99,8 +100,6 @@ void engine_install() {
         operator_handlers(), bus_handlers(), reset_handlers(), connection_handlers(), driver_handlers(),
         accuracy_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
-  constexpr LoopHookRow hooks[] = {{LoopStep::system_accuracy, ur_system_accuracy}};
-  loop_install(hooks);
   post_test_install_standby(bench_standby);
   accuracy_install();
   loop_install(loop_rows);

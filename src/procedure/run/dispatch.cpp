@@ -37,7 +37,8 @@ DispatchTable::DispatchTable() : by_ordinal_{} {
 }
 
 void DispatchTable::install(const HandlerRow& row) {
-  by_ordinal_[static_cast<std::size_t>(fsc_ordinal(row.code))] = {row.handler, row.code, row.pace, capture_of(row.code)};
+  by_ordinal_[static_cast<std::size_t>(fsc_ordinal(row.code))] = {row.handler, row.code, row.pace,
+                                                                  capture_of(row.code)};
 }
 
 const DispatchTable& dispatch_table() { return table(); }

@@ -1,19 +1,25 @@
 #include "procedure/run/post_test.h"
 
 #include "evaluation/decision.h"
+#include "evaluation/explain.h"
+#include "evaluation/guardband.h"
 #include "evaluation/judgement.h"
 #include "evaluation/memc.h"
 #include "evaluation/result_lines.h"
 #include "evaluation/result_log.h"
+#include "evaluation/result_store.h"
 #include "evaluation/tolerance.h"
 #include "platform/platform.h"
 #include "procedure/file/procedure.h"
 #include "procedure/run/call.h"
+#include "procedure/run/sample_loop.h"
 #include "procedure/run/test_dialog.h"
+#include "settings/settings.h"
 #include "settings/vset.h"
 #include "state/fsc.h"
 #include "state/pump.h"
 #include "state/report.h"
+#include "values/numbers.h"
 
 namespace orvane {
 namespace {
@@ -36,6 +42,11 @@ constexpr ReasonRow reason_rows[] = {
 constexpr int plain_stop_message = 5021;
 constexpr int skip_message = 5022;
 
+// Values of GB_PTS.
+namespace guard_points {
+constexpr int outer = 1, inner = 2, plain = 3, as_result = 4;
+}
+
 class PostTest {
  public:
   PostTest(RunState& run, Procedure& procedure)
@@ -43,11 +54,20 @@ class PostTest {
 
   bool finish() {
     run_.decision = DecisionBlock();
+    run_.guard = GuardResult();
     stopped_ = run_.stopped();
     evaluated_ = record_.has_flag(line_flag::result) && !stopped_ && !is_reset_form(record_);
     if (stopped_) vset_test_done(run_);
+    if (evaluated_) {
+      bool again = false;
+      if (!r_begin_test(run_, record_) || !sample_step(run_, procedure_, again)) {
+        stop_as_statement();
+      } else if (again) {
+        return r_withdraw_latest(run_);  // the record of the last pass stands
+      }
+    }
     if (evaluated_ && !judge()) return false;
-    show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, percent_));
+    show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, deciding_));
     const bool standby_needed = show_ || run_.asks(standby_letters);
     if (standby_needed && !standby(1)) return false;
     if (evaluated_) {
@@ -66,14 +86,36 @@ class PostTest {
   // Tolerance and percent of tolerance. A result that is no number never becomes a decision.
   bool judge() {
     if (brings_outcome(record_)) {
-      percent_ = program_percent(run_, record_);
+      deciding_ = percent_ = program_percent(run_, record_);
       return true;
     }
     if (!settle_tolerance(run_, record_, reference_)) return stop_as_statement();
-    if (percent_of_tolerance(run_.test, percent_)) return true;
+    const TestValues& test = run_.test;
+    if ((test.test_state & test_bit::go_no_go) == 0 && gb_active(run_))
+      static_cast<void>(gb_evaluate(run_, test.neg_tol, test.pos_tol, run_.guard));
+    if (run_.stopped()) return stop_as_statement();
+    if (percent_of_tolerance(test, percent_)) {
+      deciding_ = deciding_percent();
+      return true;
+    }
     run_.set(run_flag::terminate);
     run_.stop_reason |= stop_reason_bit::floating_point;
     return run_error(run_, 4703);
+  }
+
+  // Which percent decides about the dialog and the adjustment: of the tolerance, or of the limits of the guard band.
+  double deciding_percent() {
+    if (!run_.guard.applied) return percent_;
+    int which = setting_code(run_, Setting::GB_PTS);
+    if (which == guard_points::as_result) {
+      const int result = setting_code(run_, Setting::GB_RESULT);
+      which = result == guard_counts::fails    ? guard_points::outer
+              : result == guard_counts::passes ? guard_points::inner
+                                               : guard_points::plain;
+    }
+    return which == guard_points::outer   ? run_.guard.g2
+           : which == guard_points::inner ? run_.guard.g1
+                                          : percent_;
   }
 
   // A tolerance that cannot be settled is a failure of the statement: it goes to the stop dialog.
@@ -81,6 +123,7 @@ class PostTest {
     run_.set(run_flag::stop_test);
     stopped_ = true;
     evaluated_ = false;
+    static_cast<void>(r_withdraw_latest(run_));
     vset_test_done(run_);
     return true;
   }
@@ -101,17 +144,59 @@ class PostTest {
   bool uut_stays() {
     constexpr std::uint32_t others = ask_option::R | ask_option::N | ask_option::Q;
     if (show_ || !run_.asks(ask_option::W) || run_.asks(others)) return false;
-    return vset_get(run_, "ResetUUT").value_or("") == "NO";
+    return setting_code(run_, Setting::ResetUUT) == 0;
   }
 
   // The result goes to the board, the log and the list; then the settings of this test lapse.
   void publish() {
     format_result(run_, record_, percent_, reference_);
-    if (Operator* desk = platform().desk) desk->result(board_line(run_.decision));
-    run_.outcomes.push_back({call_chain(run_, record_.test_major(), record_.test_minor()), failed()});
+    keep_result();
+    Operator* const desk = platform().desk;
+    const bool explains = desk != nullptr && desk->explains_results();
+    if (explains || show_) dialog_.explanation = explain_test(run_, record_);
+    if (desk != nullptr) {
+      ResultLine line = board_line(run_.decision);
+      if (explains) line.explanation = dialog_.explanation;
+      desk->result(line);
+    }
     // A log that breaks has said so; the run goes on without it.
-    if (log_test(run_, record_)) static_cast<void>(notes_write(run_, PendingNote::brace | PendingNote::rslt));
+    if (log_test(run_, record_, log_texts()))
+      static_cast<void>(notes_write(run_, PendingNote::brace | PendingNote::rslt));
     vset_test_done(run_);
+  }
+
+  // The record of the test, and what it counts in the overall result.
+  void keep_result() {
+    ResultRecord& result = *run_.results.latest;
+    result.flags |= run_.decision.result_flags | result_bit::is_evaluated;
+    r_set_integer(result, ResultField::rsm, setting_code(run_, Setting::RSM));
+    bool counts_as_failed = failed();
+    if ((run_.guard.flags & GuardResult::overflow) != 0) result.flags |= result_bit::guard_overflow;
+    if (run_.guard.applied) {
+      result.flags |= result_bit::guardbanded;
+      const int by = setting_code(run_, Setting::GB_RESULT);
+      r_set_integer(result, ResultField::gb_result, by);
+      r_set_text(result, ResultField::guardbanding_method, gb_method_name(run_.guard));
+      counts_as_failed = gb_counts_as_failed(run_.decision.result_flags, by);
+    }
+    r_uncertainty(run_);
+    run_.outcomes.push_back({call_chain(run_, record_.test_major(), record_.test_minor()), counts_as_failed});
+  }
+
+  // The uncertainties behind a test line, in the digits of NSD.
+  LogTexts log_texts() {
+    LogTexts texts;
+    if (setting_code(run_, Setting::ACCRED) != 0) texts.accredited.assign(1, '*');
+    const UncertaintyBlock& block = run_.uncertainty;
+    if ((run_.test.test_state & test_bit::uncertainty) == 0) return texts;
+    const int decimals = setting_code(run_, Setting::NSD) - 1;
+    const auto text = [&](Quantity which) {
+      return block.valid(which) ? print_number(block[which], 'E', decimals) : std::string();
+    };
+    texts.standard_uncertainty = text(Quantity::std_unc);
+    texts.expanded_uncertainty = text(Quantity::exp_unc);
+    texts.coverage_factor = text(Quantity::cov_fac);
+    return texts;
   }
 
   void note_stop() {
@@ -133,7 +218,7 @@ class PostTest {
 
   bool decide() {
     dialog_.stopped = stopped_;
-    dialog_.adjustment_called = evaluated_ && calls_for_adjustment(run_, record_, percent_);
+    dialog_.adjustment_called = evaluated_ && calls_for_adjustment(run_, record_, deciding_);
     TestDecision decision{answer::test_continue, false};
     run_.clear(run_flag::skip_test | run_flag::stop_test);
     if (show_) decision = pt_dialog(run_, procedure_, dialog_);
@@ -160,7 +245,7 @@ class PostTest {
   // Cancel: the result is taken back, then the test runs again.
   bool withdraw() {
     static_cast<void>(log_line(run_, record_.test_major(), record_.test_minor(), log_letter::cancelled, ""));
-    if (run_.outcomes.empty()) return errp(503);
+    if (run_.outcomes.empty() || !r_withdraw_latest(run_)) return errp(503);
     run_.outcomes.pop_back();
     repeat_test(run_, procedure_);
     return true;
@@ -170,7 +255,8 @@ class PostTest {
   Procedure& procedure_;
   const FscRecord& record_;
   TestDialog dialog_;
-  double percent_ = 0;
+  double percent_ = 0;   // of the tolerance
+  double deciding_ = 0;  // what decides about the dialog
   double reference_ = 0;
   bool stopped_ = false;
   bool evaluated_ = false;

@@ -100,6 +100,7 @@ TestWindow make_window(const RunState& run, const FscRecord& record, const TestD
   } else {
     window.status_text = decision.status_text;
     window.colour = decision.colour;
+    window.explanation = dialog.explanation;
     for (const TextRow& row : text_rows) {
       const std::string& text = decision.*row.text;
       if (!text.empty()) window.texts.push_back({msg(row.label), text});

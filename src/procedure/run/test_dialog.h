@@ -1,6 +1,7 @@
 // The operator's dialog at a test, and what its buttons do to the run.
 #pragma once
 
+#include "platform/operator.h"
 #include "state/run_state.h"
 
 namespace orvane {
@@ -12,6 +13,7 @@ struct TestDialog {
   bool adjustment_called = false;
   std::string stop_message;
   int stop_colour = 0;  // result_colour of the stop
+  Explanation explanation = {};
 };
 
 /// How the operator ended the dialog.
