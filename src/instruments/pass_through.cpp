@@ -10,7 +10,6 @@
 #include "instruments/ieee488.h"
 #include "instruments/instrument_names.h"
 #include "instruments/line_endings.h"
-#include "instruments/serial.h"
 #include "platform/platform.h"
 #include "state/debug.h"
 #include "state/pump.h"
@@ -50,7 +49,7 @@ class Link {
 
   bool send(std::string_view command) {
     if (is_bus()) return own_timeout() && ib_wrt(run_, host_.bus, command, BusCheck::none);
-    return serial_wrt(run_, host_.port, command) >= 0;
+    return comm_wrt(run_, host_.port, command) >= 0;
   }
 
   /// `block`: the answer may hold bytes of any kind.
@@ -58,7 +57,7 @@ class Link {
     reply.clear();
     bool ended = false;
     if (!is_bus()) {
-      if (serial_rd(run_, host_.port, reply, ib_read_limit, block, ended) < 0) return false;
+      if (comm_rd(run_, host_.port, reply, ib_read_limit, block, ended) < 0) return false;
     } else if (!ib_trd(run_, host_.bus, reply, ib_read_limit, IeeeState::end_only, ended, BusCheck::none)) {
       return false;
     }
@@ -84,13 +83,27 @@ class Link {
   // The lines of a serial link begin as this protocol needs them.
   bool begin() {
     if (is_bus()) return true;
-    const bool open = serial_is_open(run_, host_.port) || serial_on(run_, host_.port);
-    return open && serial_terminators(run_, host_.port, line_feed, line_feed) &&
-           serial_time(run_, host_.port, host_timeout) && command("SP_SET COMP,LF;*OPC?", 2);
+    SerialPortState* port = open_port();
+    if (port == nullptr) return false;
+    port->input_terminator = port->output_terminator = line_feed;
+    comm_time(run_, host_.port, host_timeout);
+    return command("SP_SET COMP,LF;*OPC?", 2);
   }
 
  private:
   bool is_bus() const { return host_.interface == DeviceInterface::ieee488; }
+
+  // The calibrator's own link is a plain port. Null after a report.
+  SerialPortState* open_port() {
+    if (host_.port < 1 || host_.port > SerialState::port_limit) {
+      errp(478, "pass_open", host_.port);
+      return nullptr;
+    }
+    SerialPortState& port = run_.serial.ports[static_cast<std::size_t>(host_.port - 1)];
+    if (port.is_open(run_.demo_mode)) return &port;
+    SerialSettings settings;
+    return comm_defaults(host_.port, settings) && comm_open(run_, host_.port, settings) ? &port : nullptr;
+  }
 
   // The time-out is the board's; statements that follow set their own again.
   bool own_timeout() {
@@ -155,7 +168,7 @@ bool ask_identity(RunState& run, int port, PassThroughState& state) {
   const std::string name = instrument_text(host_of(port).code);
   if (!Link(run, state.host).query("*IDN?", reply)) return false;
   const std::vector<std::string> fields = fields_of(reply);
-  if (!is_model(fields, name)) return errp(3594, serial_name(port), name, reply);
+  if (!is_model(fields, name)) return errp(3594, port_name(static_cast<std::uint16_t>(port)), name, reply);
   state.host_firmware = leading_number<double>(fields[identity_fields - 1]);
   return true;
 }
@@ -196,7 +209,7 @@ bool send_settings(RunState& run, const PassThroughState& state) {
 
 // What the block gives is checked; 0 keeps what the port has.
 bool merge_settings(int port, const SerialParameters& wanted, SerialSettings& settings) {
-  const std::string name = serial_name(port);
+  const std::string name = port_name(static_cast<std::uint16_t>(port));
   if (wanted.baud != 0) {
     const std::uint32_t rate = comm_baud(wanted.baud);
     if (std::find(std::begin(rates), std::end(rates), rate) == std::end(rates)) return errp(3586, name, rate);
@@ -228,7 +241,7 @@ void report_errors(RunState& run, int port, const PassThroughState& state) {
     std::string reply;
     if (!Link(run, state.host).query("ERR?", reply)) return;
     if (leading_number<int>(reply) == 0 && i > 0) return;
-    errp(30903, serial_name(port), reply);
+    errp(30903, port_name(static_cast<std::uint16_t>(port)), reply);
     if (leading_number<int>(reply) == 0) return;
   }
 }
@@ -247,9 +260,9 @@ bool fetch(RunState& run, int port, PassThroughState& state) {
   std::string reply;
   std::string_view bytes;
   if (!link.query("UUT_RECV?", reply, true)) return false;
-  if (!block_of(reply, bytes)) return errp(3592, serial_name(port), reply);
+  if (!block_of(reply, bytes)) return errp(3592, port_name(static_cast<std::uint16_t>(port)), reply);
   if (state.received.size() + bytes.size() > PassThroughState::buffer_limit)
-    return errp(3595, serial_name(port), PassThroughState::buffer_limit);
+    return errp(3595, port_name(static_cast<std::uint16_t>(port)), PassThroughState::buffer_limit);
   state.received += bytes;
   return true;
 }
@@ -261,7 +274,8 @@ int wait_for_bytes(RunState& run, int port, PassThroughState& state) {
     if (!fetch(run, port, state)) return comm_failed;
     if (!state.received.empty()) break;
     if (state.timeout != 0 && elapsed >= state.timeout)
-      return errp(3584, serial_name(port), elapsed, state.timeout) ? 1 : comm_failed;
+      return errp(3584, port_name(static_cast<std::uint16_t>(port)), elapsed, state.timeout) ? 1
+                                                                                             : comm_failed;
     if (pumping_wait(poll_interval) == WaitEnd::stopped) return comm_stopped;
     elapsed += poll_interval;
   }
@@ -277,7 +291,8 @@ bool is_control(char c) {
 
 bool send_numbers(RunState& run, int port, const PassThroughState& state, std::string_view bytes) {
   const double needed = host_of(port).firmware_of_numbers;
-  if (state.host_firmware < needed) return errp(2335, serial_name(port), state.host_firmware, needed);
+  if (state.host_firmware < needed)
+    return errp(2335, port_name(static_cast<std::uint16_t>(port)), state.host_firmware, needed);
   for (std::size_t at = 0; at < bytes.size(); at += numbers_a_command) {
     std::string command = "UUT_SENDB ";
     for (const char c : bytes.substr(at, numbers_a_command)) {
@@ -360,12 +375,15 @@ int pass_wrt(RunState& run, int port, std::string_view bytes, bool escape) {
   if (state == nullptr) return comm_failed;
   if (!run.demo_mode) {
     const std::string all = std::string(bytes) + output_ending(state->output_terminator);
-    if (all.size() > write_limit) return errp(3585, serial_name(port), write_limit) ? 0 : comm_failed;
+    if (all.size() > write_limit)
+      return errp(3585, port_name(static_cast<std::uint16_t>(port)), write_limit) ? 0 : comm_failed;
     const bool numbers = escape && std::any_of(bytes.begin(), bytes.end(), is_control);
     const bool sent = numbers ? send_numbers(run, port, *state, all) : send_block(run, *state, all);
     if (!sent) return comm_failed;
   }
-  if (traced()) debug_log("%s : %s : %d bytes written", "pass_wrt", serial_name(port), bytes.size());
+  if (traced())
+    debug_log("%s : %s : %d bytes written", "pass_wrt", port_name(static_cast<std::uint16_t>(port)),
+              bytes.size());
   return static_cast<int>(bytes.size());
 }
 
