@@ -27,7 +27,8 @@ LaboratoryTest::LaboratoryTest() {
   folder = ::mkdtemp(pattern.data());
   fs::create_directory(folder / "procedures");
   fs::create_directory(folder / "work");
-  fs::copy_file(ORVANE_SOURCE_DIR "/demo/instruments.txt", folder / "instruments.txt");
+  for (const char* part : {"instruments.txt", "inventory.txt", "accuracy", "corrections"})
+    fs::copy(fs::path(ORVANE_SOURCE_DIR "/demo") / part, folder / part, fs::copy_options::recursive);
   std::istringstream demo(read(ORVANE_SOURCE_DIR "/demo/orvane.ini"));
   std::string text;
   for (std::string one; std::getline(demo, one);)

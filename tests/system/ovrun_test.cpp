@@ -231,9 +231,8 @@ TEST_F(Ovrun, FindsTheConfigurationByTheEnvironment) {
   const std::string own = path("home/.config/orvane/orvane.ini");
   EXPECT_EQ(run_process(command).status, 3) << "no configuration anywhere";
   std::string text = contents("orvane.ini");
-  text.replace(text.find("= procedures"), 12, "= " + path("procedures"));
-  text.replace(text.find("= work"), 6, "= " + path("work"));
-  text.replace(text.find("= instruments.txt"), 17, "= " + path("instruments.txt"));
+  for (const std::string name : {"procedures", "work", "instruments.txt", "accuracy", "corrections"})
+    text.replace(text.find("= " + name), name.size() + 2, "= " + path(name));
   write("home/.config/orvane/orvane.ini", text);
   EXPECT_EQ(run_process(command).out, "one\ntwo \xC2\xB5\n");
   std::filesystem::remove(own);

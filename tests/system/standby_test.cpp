@@ -16,6 +16,7 @@ class Standby : public LaboratoryTest {
     write("kill.sh", "#!/bin/sh\nkill -9 $PPID\n");
     std::filesystem::permissions(folder / "kill.sh", std::filesystem::perms::owner_all);
     configure("user_prog_dir", folder.string());
+    configure("tur_lim", "NONE");  // the generator has no accuracy file
   }
 
   // Both sources on, two tests, both on again. The generator is reset by its driver, the other one by the list.
