@@ -117,8 +117,15 @@ bool vset_add(RunState& run, const FscRecord& record, std::string_view name, std
   }
   if (row == nullptr) return errp(2217, "vset_add \"" + std::string(name) + "\"");
   std::string checked(value);
-  if ((holds_brackets(value) && !expanded(run, record, value, checked)) || !vset_validate(name, checked))
-    return warnp(2734, name, value);
+  if (holds_brackets(value)) {
+    const bool was_stopped = run.has(run_flag::stop_test);
+    if (!expanded(run, record, value, checked)) {
+      // A fault within the brackets refuses the value and no more; a stop of the operator stands.
+      if (!was_stopped && run.stop_reason == 0) run.clear(run_flag::stop_test);
+      return warnp(2734, name, value);
+    }
+  }
+  if (!vset_validate(name, checked)) return warnp(2734, name, value);
   store(run, row->setting, name, value, kind);
   return true;
 }

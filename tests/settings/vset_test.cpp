@@ -77,6 +77,10 @@ TEST_F(Settings, ValuesAreChecked) {
     run.registers.m[1] = 1;
   }
   desk.shown.clear();
+  vset("U3 = [0.011 / 2]");  // brackets take an element, no expression
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{30401, 2734}));
+  EXPECT_FALSE(run.has(run_flag::stop_test));
+  desk.shown.clear();
   EXPECT_FALSE(statement(fsc::vset, "EPSILON = 1E-9"));  // leads to the stop dialog
   EXPECT_EQ(desk.message_numbers(), std::vector<int>{2217});
   vset("ALL = 1");
