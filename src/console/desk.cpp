@@ -128,10 +128,10 @@ void split_lines(std::string_view text, std::vector<std::string>& out) {
 ConsoleDesk::ConsoleDesk(Transcript& transcript)
     : transcript_(transcript), use_colour_(terminal_is_coloured()) {}
 
-void ConsoleDesk::print(std::string_view line) {
+void ConsoleDesk::print(std::string_view lines) {
   status_line_.clear();
-  const std::string out = utf8_from_cp1252(line) + "\n";
-  std::fputs(out.c_str(), stdout);
+  const std::string out = utf8_from_cp1252(lines) + "\n";
+  std::fwrite(out.data(), 1, out.size(), stdout);
   std::fflush(stdout);
 }
 
@@ -463,12 +463,14 @@ void ConsoleDesk::result(const ResultLine& line) {
     for (const std::string& heading : result_headings()) print(heading);
     heading_printed_ = true;
   }
-  const auto shown_line = [&](std::string text) {
-    text.erase(text.find_last_not_of(' ') + 1);
-    if (!text.empty()) print(coloured(text, line.colour));
-  };
-  shown_line(line.line1);
-  shown_line(line.line2);
+  std::string shown;
+  for (std::string_view text : {std::string_view(line.line1), std::string_view(line.line2)}) {
+    text = text.substr(0, text.find_last_not_of(' ') + 1);
+    if (text.empty()) continue;
+    if (!shown.empty()) shown += '\n';
+    shown += coloured(text, line.colour);
+  }
+  if (!shown.empty()) print(shown);
   for (const std::string& told : explanation_lines(line.explanation)) print(told);
 }
 

@@ -54,7 +54,7 @@ class ConsoleDesk : public Operator {
   /// How far the run has come, as it was told last.
   const RunProgress& run_progress() const { return progress_; }
 
-  void print(std::string_view line);       // one line of standard output, Windows-1252
+  void print(std::string_view lines);      // to standard output with a line end, Windows-1252
   void tell_fault(std::string_view text);  // one line of standard error, Windows-1252
   StatusLine& status_line() { return status_line_; }
 

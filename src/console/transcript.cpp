@@ -56,6 +56,7 @@ void Transcript::status(int row, std::string_view text) {
 }
 
 void Transcript::result(const ResultLine& result) {
+  if (!file_.is_open()) return;
   put(file_, {{"event", "result"},
               {"line1", utf8_from_cp1252(result.line1)},
               {"line2", utf8_from_cp1252(result.line2)},

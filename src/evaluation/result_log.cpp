@@ -19,17 +19,22 @@ constexpr std::size_t line1_width = 80, value_width = 20;
 constexpr int procedure_indent = 8;
 
 // One line whatever the text holds: a line break inside would forge a line of its own.
-std::string one_line(std::string_view text) {
-  std::string line(text.substr(0, log_line_limit));
+void append_line(std::string& out, std::string_view text) {
+  const std::size_t begin = out.size();
+  out += text.substr(0, log_line_limit);
   std::replace_if(
-      line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-  return line;
+      out.begin() + static_cast<std::ptrdiff_t>(begin), out.end(),
+      [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+  out += '\n';
 }
 
-bool write(RunState& run, std::string_view line) {
+// The lines reach the file at once and together: what a killed program has judged stands there whole.
+bool write(RunState& run, std::initializer_list<std::string_view> lines) {
   ResultLog& log = run.log;
   if (log.broken || !log.file.is_open()) return true;
-  log.file << one_line(line) << '\n' << std::flush;
+  std::string out;
+  for (const std::string_view line : lines) append_line(out, line);
+  log.file << out << std::flush;
   if (log.file.good()) return true;
   log.broken = true;
   return errp(4623, log.path);
@@ -61,8 +66,7 @@ std::string value_text(const RunState& run, const FscRecord& record) {
 }
 
 std::string hexadecimal(double value) {
-  const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
-  return formatted("%08lx%08lx", bits >> 32, bits & 0xFFFFFFFF);
+  return formatted("%016lx", std::bit_cast<std::uint64_t>(value));
 }
 
 // What was indicated may lie as far below as the tolerance above what was applied allows, and the other way round;
@@ -143,7 +147,7 @@ void log_close(RunState& run) {
 }
 
 bool log_line(RunState& run, int test, int step, char letter, std::string_view text) {
-  return write(run, head(test, step, letter) + std::string(text));
+  return write(run, {head(test, step, letter).append(text)});
 }
 
 char log_test_letter(RunState& run, const FscRecord& record) {
@@ -160,14 +164,14 @@ char log_test_letter(RunState& run, const FscRecord& record) {
 bool log_test(RunState& run, const FscRecord& record, const LogTexts& texts) {
   const auto [lower, upper] = limits(run.test);
   const char letter = log_test_letter(run, record);
-  std::string line = head(record.test_major(), record.test_minor(), letter);
+  const std::string beginning = head(record.test_major(), record.test_minor(), letter);
+  std::string line = beginning;
   line += padded(run.decision.line1, line1_width);
   line += padded(value_text(run, record), value_width);
   line += hexadecimal(lower) + hexadecimal(upper);
   line += static_cast<char>('0' + resolution(record));
   line += closed_texts(texts);
-  return write(run, line) &&
-         log_line(run, record.test_major(), record.test_minor(), letter, run.decision.line2);
+  return write(run, {line, beginning + run.decision.line2});
 }
 
 bool log_enter(RunState& run, int tests, std::string_view procedure) {

@@ -197,8 +197,14 @@ void store(const RunState& run, ResultRecord& record, const ChainRow& row, int r
 ResultRecord* r_alloc_result(RunState& run) {
   try {
     ResultList& list = run.results;
-    list.records.push_back(std::make_unique<ResultRecord>());
-    list.latest = list.records.back().get();
+    auto record = std::make_unique<ResultRecord>();
+    // One test is much like the one before.
+    if (list.latest != nullptr) {
+      record->values.reserve(list.latest->values.size());
+      record->texts.reserve(list.latest->texts.size());
+    }
+    list.latest = record.get();
+    list.records.push_back(std::move(record));
     return list.latest;
   } catch (const std::bad_alloc&) {
     errp(2217, "r_alloc_result");

@@ -1,6 +1,7 @@
 #include "messages/catalogue.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -133,6 +134,31 @@ std::string print_text(const Directive& d, std::string text) {
   return text;
 }
 
+// A whole number without flags but "0", the frequent case; nothing where the directive asks for more.
+bool print_integer(const Directive& d, const MessageArg& arg, std::string& out) {
+  if ((!d.flags.empty() && d.flags != "0") || d.precision >= 0) return false;
+  char buffer[24];
+  char* end = buffer;
+  const bool is_signed = d.conversion == 'd' || d.conversion == 'i';
+  if (is_signed)
+    end = std::to_chars(buffer, buffer + sizeof buffer, arg.integer()).ptr;
+  else if (d.conversion == 'u' || d.conversion == 'x')
+    end = std::to_chars(buffer, buffer + sizeof buffer, static_cast<std::uint64_t>(arg.integer()),
+                        d.conversion == 'x' ? 16 : 10)
+              .ptr;
+  else
+    return false;
+  const std::size_t length = static_cast<std::size_t>(end - buffer);
+  const std::size_t fill =
+      static_cast<std::size_t>(std::max(d.width, 0)) - std::min<std::size_t>(length, std::max(d.width, 0));
+  const bool zeros = !d.flags.empty();
+  const bool minus = zeros && fill > 0 && buffer[0] == '-';
+  if (minus) out += '-';
+  out.append(fill, zeros ? '0' : ' ');
+  out.append(buffer + (minus ? 1 : 0), end);
+  return true;
+}
+
 // Prints one argument by its directive, or in plain form where the two do not fit.
 std::string print_argument(const Directive& d, const MessageArg& arg) {
   std::string format = "%" + d.flags;
@@ -250,11 +276,11 @@ std::string format_text(std::string_view format, MessageArgs args) {
     }
     take(directive.width);
     take(directive.precision);
-    if (next < args.size()) {
-      out += print_argument(directive, args[next++]);
-    } else {
+    if (next >= args.size())
       out += '?';
-    }
+    else if (!is_integer(args[next]) || !print_integer(directive, args[next], out))
+      out += print_argument(directive, args[next]);
+    ++next;
     format.remove_prefix(directive.length);
   }
   return out;

@@ -52,8 +52,13 @@ Sequence sequence_of(unsigned char first) {
 }  // namespace
 
 std::string utf8_from_cp1252(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
+  // Most texts are ASCII: their bytes stand for themselves.
+  const auto is_ascii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+  const auto ascii_end = std::find_if_not(text.begin(), text.end(), is_ascii);
+  std::string out(text.begin(), ascii_end);
+  if (ascii_end == text.end()) return out;
+  out.reserve(2 * text.size());
+  text.remove_prefix(out.size());
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
     append_utf8(out, byte >= 0x80 && byte < 0xA0 ? high_controls[byte - 0x80U] : byte);
