@@ -5,6 +5,7 @@
 #include "config/startup_config.h"
 #include "instruments/device_list.h"
 #include "instruments/drivers/drivers.h"
+#include "instruments/drivers/prompts.h"
 #include "instruments/drivers/road.h"
 #include "instruments/drivers/scpi_common.h"
 #include "instruments/instrument_names.h"
@@ -289,6 +290,79 @@ TEST_F(Drivers, AReadingLandsInTheTest) {
   run.registers.m[3] = -1;
   go({.nominal = "10V", .tolerance = "M3U"});
   EXPECT_EQ(desk.message_numbers(), Numbers{2723});
+}
+
+// The unit under test reads a source: the operator types its reading, or judges it in a window.
+TEST_F(Drivers, AUnitThatReadsASourceIsJudgedByTheOperator) {
+  using namespace evaluation_answer;
+  constexpr std::uint16_t judged = test_bit::go_no_go, wrong = test_bit::go_no_go | test_bit::failed,
+                          typed = test_bit::indicated_text;
+  struct Case {
+    std::uint32_t options;
+    std::vector<test::Reply> replies;
+    std::size_t buttons;  // of the window of judgement; 0 without one
+    const char* limits;
+    std::uint16_t state;
+    double mem1;
+    bool adjusted = false;
+  };
+  const Case cases[] = {
+      {ask_option::K, {{answer::ok, "4.9"}}, 0, "", typed, 4.9},
+      {ask_option::G, {{pass, ""}}, 3, "", judged, 1},
+      {ask_option::G, {{fail, ""}}, 3, "", wrong, -1},
+      {ask_option::B, {{reading, ""}, {answer::ok, "5,1"}}, 4, "", typed, 5.1},
+      {ask_option::G | ask_option::N, {{answer::ok, ""}, {pass, ""}}, 3, "from 4.9 V to 5.2 V", judged, 1},
+      {ask_option::G | ask_option::N,
+       {{answer::ok, ""}, {pass, ""}},
+       3,
+       "from 4.95 V to 5.1 V",
+       judged,
+       1,
+       true},
+      {ask_option::B, {{as_it_stands, ""}}, 4, "", 0, 5},
+  };
+  for (const Case& c : cases) {
+    FscRecord record = record_of({.code = fsc::i33120, .nominal = "5V", .tolerance = "+2% +0.1U -2%"});
+    if (c.adjusted)
+      record.set(field::line_flags,
+                 static_cast<std::uint16_t>(record.line_flags() | line_flag::adjust_follows));
+    run.options = c.options;
+    run.adjust_threshold = 50;
+    run.registers.mem1() = 7;
+    run.mess_lines = {"Look at the dial."};
+    run.test = TestValues();
+    run.test.test_state = test_bit::failed | test_bit::indicated_text;
+    desk.replies.assign(c.replies.begin(), c.replies.end());
+    if (c.buttons == 0)
+      desk.replies.push_front({answer::ok, ""});  // the lines of MESS in the window "Test Setup"
+    desk.shown.clear();
+    Statement statement{run, record};
+    ASSERT_TRUE(driver_of_statement(fsc::i33120)->run(statement)) << desk.last_message();
+    EXPECT_EQ(run.test.test_state & (judged | wrong | typed), c.state);
+    EXPECT_EQ(run.registers.mem1(), c.mem1);
+    EXPECT_EQ(run.test.actual, 5);
+    std::string all;
+    std::size_t buttons = 0;
+    for (const test::Shown& one : desk.shown) {
+      if (one.title == "Test Evaluation") {
+        buttons = one.buttons.size();
+        EXPECT_EQ(one.lines[0], "Look at the dial.");
+      }
+      for (const std::string& line : one.lines) all += line + "|";
+    }
+    EXPECT_EQ(buttons, c.buttons);
+    EXPECT_NE(all.find(c.limits), std::string::npos) << all;
+    EXPECT_TRUE(run.mess_lines.empty());
+  }
+  // Terminate leaves the statement without a verdict.
+  run.options = ask_option::G;
+  desk.replies.assign({{answer::terminate, ""}});
+  FscRecord record = record_of({.code = fsc::i33120, .nominal = "5V", .tolerance = "1%"});
+  run.test = TestValues();
+  Statement statement{run, record};
+  EXPECT_TRUE(driver_of_statement(fsc::i33120)->run(statement));
+  EXPECT_TRUE(run.has(run_flag::skip_test));
+  EXPECT_EQ(run.test.test_state, 0);
 }
 
 TEST_F(Drivers, WhatGoesWrongWithAReadingHasItsNumber) {

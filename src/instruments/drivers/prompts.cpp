@@ -3,6 +3,7 @@
 #include <cmath>
 #include <vector>
 
+#include "evaluation/instrument_modes.h"
 #include "platform/platform.h"
 #include "state/buttons.h"
 #include "state/report.h"
@@ -14,6 +15,7 @@ namespace {
 constexpr const char* range_title = "UUT Range";
 constexpr const char* setup_title = "Test Setup";
 constexpr const char* live_title = "UUT Setup";
+constexpr const char* evaluation_title = "Test Evaluation";
 constexpr const char* entry_title = "Operator Prompt";
 constexpr std::size_t number_entry_limit = 15;  // what a result keeps of a typed value
 
@@ -82,6 +84,23 @@ std::string wanted_text(const FscRecord& record, const Wanted& wanted) {
   return text + ", " + quantity_text(scale > 0 ? wanted.mod1 / scale : wanted.mod1, mod1.prefix, mod1.unit);
 }
 
+// Of an alternating or a direct current or voltage, or of anything else.
+int reading_message(const FscRecord& record, const Wanted& wanted) {
+  if (wanted.unit != unit_code::volt && wanted.unit != unit_code::amp) return 4968;
+  return record.get(field::mod1).unit != unit_code::none ? 4969 : 4970;
+}
+
+// The widths of tolerance that decide: where an adjustment follows, those that keep a reading from it.
+std::string limits_text(const RunState& run, const FscRecord& record, const Wanted& wanted, double neg_tol,
+                        double pos_tol) {
+  const bool narrower = record.has_flag(line_flag::adjust_follows) && run.adjust_threshold < 100;
+  const double share = narrower ? run.adjust_threshold / 100 : 1.0;
+  const PrefixCode prefix = record.get(field::nominal).prefix;
+  const std::string low = quantity_text(wanted.typed - share * neg_tol, prefix, wanted.unit);
+  const std::string high = quantity_text(wanted.typed + share * pos_tol, prefix, wanted.unit);
+  return low == high ? msg(5010, low) : msg(5011, low, high);
+}
+
 // The demonstration's question by the unit of what is measured.
 int demo_message(const Wanted& wanted) {
   if (wanted.mod2 == column_code::mod2_resistance) return 4972;
@@ -106,8 +125,9 @@ Prompted prompt_range(RunState& run, const FscRecord& record, const Wanted& want
 
 Prompted prompt_setup(RunState& run, const FscRecord& record, const Wanted& wanted,
                       const std::string& instrument) {
-  std::vector<std::string> lines = std::move(run.mess_lines);
-  run.mess_lines.clear();
+  std::vector<std::string> lines;
+  // Where a window of judgement follows, the lines stand there.
+  if (!judges_source(run, record)) lines.swap(run.mess_lines);
   if (run.asks(ask_option::N)) {
     lines.push_back(msg(30963, wanted_text(record, wanted)));
     lines.push_back(msg(30964, instrument));
@@ -126,7 +146,31 @@ Prompted demo_value(RunState& run, const FscRecord& record, const Wanted& wanted
 Prompted prompt_indicated(RunState& run, const FscRecord& record, const Wanted& wanted, std::string& text,
                           double& value) {
   const std::string units = units_text(record.get(field::nominal).prefix, wanted.unit);
-  return ask_number(run, msg(30966, wanted_text(record, wanted), units), text, value);
+  return ask_number(run, msg(reading_message(record, wanted), wanted_text(record, wanted), units), text,
+                    value);
+}
+
+bool judges_source(const RunState& run, const FscRecord& record) {
+  const std::uint8_t mod4 = record.get(field::mod4);
+  return is_source_statement(record.code()) && record.has_flag(line_flag::result) && mod4 != mod4_code::s &&
+         mod4 != mod4_code::n && run.asks(ask_option::G | ask_option::B);
+}
+
+Prompted prompt_evaluation(RunState& run, const FscRecord& record, const Wanted& wanted, double neg_tol,
+                           double pos_tol, int& code) {
+  LinesWindow window;
+  window.kind = WindowKind::evaluation;
+  window.title = evaluation_title;
+  window.lines.swap(run.mess_lines);
+  window.lines.push_back(msg(31050, wanted_text(record, wanted)));
+  if (run.asks(ask_option::N)) window.lines.push_back(limits_text(run, record, wanted, neg_tol, pos_tol));
+  using namespace evaluation_answer;
+  window.buttons = {standard_button(button_row::pass, pass, true), standard_button(button_row::fail, fail)};
+  if (run.asks(ask_option::B)) window.buttons.push_back({reading, msg(31051)});
+  window.buttons.push_back(standard_button(button_row::terminate, answer::terminate));
+  code = platform().desk != nullptr ? platform().desk->lines(window) : answer::failed;
+  const bool ends = code == answer::failed || code == answer::terminate;
+  return answered(run, ends ? code : answer::ok);
 }
 
 std::unique_ptr<LiveWindow> open_live_window(RunState& run) {

@@ -18,6 +18,21 @@ Prompted prompt_range(RunState& run, const FscRecord& record, const Wanted& want
 Prompted prompt_setup(RunState& run, const FscRecord& record, const Wanted& wanted,
                       const std::string& instrument);
 
+/// Buttons of the window "Test Evaluation".
+namespace evaluation_answer {
+constexpr int pass = answer::yes, fail = answer::no;
+constexpr int as_it_stands = 214;  // no button offers it: it would pass what nobody has looked at
+constexpr int reading = 217;       // the operator types what the unit reads
+}  // namespace evaluation_answer
+
+/// True for a test of a source that the operator judges instead of typing a reading, with the letter G or B.
+bool judges_source(const RunState& run, const FscRecord& record);
+
+/// A source stands at its value and the operator judges the unit, with the letter G or B: the window "Test Evaluation"
+/// with the lines of MESS, which it uses up, and with the letter N the limits. `code` is the button.
+Prompted prompt_evaluation(RunState& run, const FscRecord& record, const Wanted& wanted, double neg_tol,
+                           double pos_tol, int& code);
+
 /// Demonstration: what the instrument would have read, in the unit and prefix of the nominal.
 Prompted demo_value(RunState& run, const FscRecord& record, const Wanted& wanted,
                     const std::string& instrument, double& value);

@@ -150,10 +150,25 @@ class Road {
     return true;
   }
 
-  // The source stands at the nominal; where the test is evaluated the operator says what the unit reads.
+  // The source stands at the nominal; where the test is evaluated the operator judges, or says what the unit reads.
   End source() {
     measured_ = indicated_ = wanted_.typed;
     if (wanted_.mod4 == mod4_code::n || !record_.has_flag(line_flag::result)) return End::goes_on;
+    return judges_source(run_, record_) ? judged_source() : reading();
+  }
+
+  End judged_source() {
+    double neg_tol = 0, pos_tol = 0;
+    if (!tol_compute(run_, record_, wanted_.typed, neg_tol, pos_tol)) return End::failed;
+    int code = 0;
+    const End end = ends(prompt_evaluation(run_, record_, wanted_, neg_tol, pos_tol, code));
+    if (end != End::goes_on) return end;
+    if (code == evaluation_answer::reading) return reading();
+    if (code != evaluation_answer::as_it_stands) passed_ = code != evaluation_answer::fail;
+    return End::goes_on;
+  }
+
+  End reading() {
     std::string text;
     const End end = ends(prompt_indicated(run_, record_, wanted_, text, indicated_));
     if (end == End::goes_on) indicated_text_ = text;
@@ -200,8 +215,9 @@ class Road {
     double lower = 0, upper = 0;
     if (!tol_compute(run_, record_, wanted_.typed, lower, upper)) return End::failed;
     TestValues& test = run_.test;
-    test.test_state = static_cast<std::uint16_t>(
-        test.test_state & ~(test_bit::go_no_go | test_bit::indicated_text | test_bit::mean));
+    test.test_state =
+        static_cast<std::uint16_t>(test.test_state & ~(test_bit::go_no_go | test_bit::failed |
+                                                       test_bit::indicated_text | test_bit::mean));
     test.neg_tol = lower;
     test.pos_tol = upper;
     test.actual = measured_;
@@ -210,6 +226,11 @@ class Road {
     if (indicated_text_) {
       test.indicated_text = *indicated_text_;
       test.test_state |= test_bit::indicated_text;
+    }
+    if (passed_) {
+      test.test_state |= test_bit::go_no_go;
+      if (!*passed_) test.test_state |= test_bit::failed;
+      run_.registers.mem1() = *passed_ ? 1 : -1;
     }
     const ModifierField mod1 = record_.get(field::mod1);
     if (mod1_is_mem(mod1)) test.mod_value = run_.registers.mem;
@@ -224,6 +245,7 @@ class Road {
   double measured_ = 0;   // by the standard, in the unit and prefix of the nominal
   double indicated_ = 0;  // by the unit under test, where a source is the standard
   std::optional<std::string> indicated_text_;
+  std::optional<bool> passed_;  // the operator's judgement
 };
 
 }  // namespace
