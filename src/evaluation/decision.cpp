@@ -85,8 +85,10 @@ bool dialog_appears(const RunState& run, const FscRecord& record, double percent
   if (run.stopped() || run.asks(ask_option::A)) return true;
   if (!run.asks(ask_option::F)) return false;
   if (is_judgement(run, record)) return failed(run);
-  if (record.has_flag(line_flag::adjust_follows) && run.asks(ask_option::J) && !brings_outcome(record))
-    return percent > run.adjust_threshold;
+  // A test that failed is shown even where the threshold of its adjustment lies higher.
+  const bool adjusts =
+      record.has_flag(line_flag::adjust_follows) && run.asks(ask_option::J) && !brings_outcome(record);
+  if (adjusts && percent > run.adjust_threshold) return true;
   return eps_gt(percent, startup_config().oot_lim) || is_fail(percent);
 }
 

@@ -78,7 +78,8 @@ class Explaining {
          msg(31090, number(test_.actual - test_.neg_tol), number(test_.actual + test_.pos_tol)));
     const bool above = test_.indicated >= test_.actual;
     fact(word::percent, msg(31091, number(std::fabs(test_.indicated - test_.actual)),
-                            number(above ? test_.pos_tol : test_.neg_tol), std::string(trim_blanks(run_.decision.pct_text))));
+                            number(above ? test_.pos_tol : test_.neg_tol),
+                            std::string(trim_blanks(run_.decision.pct_text))));
     if (!has(run_, test_bit::tolerances)) return;
     accuracy();
     if ((run_.decision.tur_flags & DecisionBlock::tur_calculated) != 0)

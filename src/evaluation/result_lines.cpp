@@ -113,9 +113,15 @@ void fill_memc(const RunState& run, DecisionBlock& block, const FscRecord& recor
   const std::string_view nominal = record.text(field::memc_nominal);
   const std::size_t number = number_length(nominal);
   const AccStatement& stated = run.accuracy.statement;
-  // The unit of an ACC statement is that of the comparison behind it.
-  const bool has_stated = stated.has(AccStatement::met) && !stated.units.empty();
-  const std::string_view units = has_stated ? std::string_view(stated.units) : nominal.substr(number);
+  // The unit of an ACC statement is that of the comparison behind it; a unit with a code is shown without its prefix.
+  std::string_view units = nominal.substr(number);
+  double scale = 1;
+  if (stated.has(AccStatement::unit_known)) {
+    units = unit_display(stated.unit).value_or("");
+    scale = stated.prefix == prefix_code::absent ? 1.0 : prefix_multiplier(stated.prefix);
+  } else if (stated.has(AccStatement::met) && !stated.units.empty()) {
+    units = stated.units;
+  }
   DimValue typed;
   if (dim_parse_listing(nominal, typed)) {
     block.ind_unit = block.act_unit = typed.unit;
@@ -128,9 +134,9 @@ void fill_memc(const RunState& run, DecisionBlock& block, const FscRecord& recor
   }
   block.ind_value = test.indicated;
   block.ind_units_text = units;
-  block.ind_text = fitted_quantity(test.indicated, units);
+  block.ind_text = fitted_quantity(scale * test.indicated, units);
   fill_range(block, record.get(field::memc_range));
-  fill_actual(block, test, units, full_quantity(test.actual, units));
+  fill_actual(block, test, units, full_quantity(scale * test.actual, units));
   fill_memc_modifier(block, record.text(field::memc_modifier));
 }
 

@@ -65,9 +65,7 @@ std::string value_text(const RunState& run, const FscRecord& record) {
   return twelve_digits((nominal.flags & QuantityField::from_mem) != 0 ? mem : nominal.value);
 }
 
-std::string hexadecimal(double value) {
-  return formatted("%016lx", std::bit_cast<std::uint64_t>(value));
-}
+std::string hexadecimal(double value) { return formatted("%016lx", std::bit_cast<std::uint64_t>(value)); }
 
 // What was indicated may lie as far below as the tolerance above what was applied allows, and the other way round;
 // a judgement is about what was applied.

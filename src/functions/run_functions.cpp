@@ -2,6 +2,7 @@
 #include "evaluation/uncertainty.h"
 #include "functions/families.h"
 #include "settings/vset.h"
+#include "state/debug.h"
 #include "values/math/letters.h"
 #include "values/math/variables.h"
 
@@ -57,15 +58,52 @@ bool math_uncv(MathCall& call) {
   return call.fail(math_code::uncv_value);
 }
 
+struct SwitchRow {
+  std::string_view name;
+  std::uint32_t bit;
+};
+constexpr SwitchRow switch_rows[] = {{"PTS Inhibit", test_switch::inhibit_dialog},
+                                     {"PTS ShowWindow", test_switch::window_shown}};
+
+// The switch of a name; 0 for another name, and while procedures are not being tried out.
+std::uint32_t switch_of(std::string_view name) {
+  if ((debug_flags() & debug_bit::api) == 0) return 0;
+  for (const SwitchRow& row : switch_rows) {
+    if (row.name == name) return row.bit;
+  }
+  return 0;
+}
+
+bool math_mcset(MathCall& call) {
+  call.run.test_switches |= switch_of(call.str(0));
+  return call.give_truth(true);
+}
+bool math_mcclr(MathCall& call) {
+  call.run.test_switches &= ~switch_of(call.str(0));
+  return call.give_truth(true);
+}
+bool math_mctest(MathCall& call) {
+  return call.give_truth((call.run.test_switches & switch_of(call.str(0))) != 0);
+}
+
 using S = Signature;
 
 constexpr MathFunctionRow rows[] = {
-    {"adjthr", S::gives_num, 0, math_adjthr}, {"del", S::str_gives_str, math_flag::statement, math_del},
-    {"fail", S::gives_int, 0, math_fail},     {"IsVar", S::str_gives_int, 0, math_is_var},
-    {"pass", S::gives_int, 0, math_pass},     {"proc", S::gives_str, 0, math_proc},
-    {"psub", S::str_gives_int, 0, math_psub}, {"psubi", S::str_gives_int, 0, math_psubi},
-    {"ui", S::gives_num, 0, math_ui},         {"unc", S::str_gives_num, 0, math_unc},
-    {"uncv", S::int_gives_num, 0, math_uncv}, {"vers", S::gives_str, 0, math_vers},
+    {"adjthr", S::gives_num, 0, math_adjthr},
+    {"del", S::str_gives_str, math_flag::statement, math_del},
+    {"fail", S::gives_int, 0, math_fail},
+    {"IsVar", S::str_gives_int, 0, math_is_var},
+    {"mcclr", S::str_gives_int, math_flag::statement, math_mcclr},
+    {"mcset", S::str_gives_int, math_flag::statement, math_mcset},
+    {"mctest", S::str_gives_int, 0, math_mctest},
+    {"pass", S::gives_int, 0, math_pass},
+    {"proc", S::gives_str, 0, math_proc},
+    {"psub", S::str_gives_int, 0, math_psub},
+    {"psubi", S::str_gives_int, 0, math_psubi},
+    {"ui", S::gives_num, 0, math_ui},
+    {"unc", S::str_gives_num, 0, math_unc},
+    {"uncv", S::int_gives_num, 0, math_uncv},
+    {"vers", S::gives_str, 0, math_vers},
     {"vget", S::str_gives_str, 0, math_vget},
 };
 

@@ -25,6 +25,12 @@
 
 namespace orvane {
 
+namespace test_switch {
+// RunState::test_switches: for trying out procedures; MATH sets and reads them while the debug letter a is on.
+constexpr std::uint32_t inhibit_dialog = 1;  // the window at a test answers Continue by itself
+constexpr std::uint32_t window_shown = 2;    // the latest test led to its window
+}  // namespace test_switch
+
 namespace run_flag {
 // RunState::flags
 constexpr std::uint16_t stop_test = 0x0020;     // a statement failed; the evaluation turns it into a dialog
@@ -164,7 +170,8 @@ struct RunState {
   std::uint64_t statements_run = 0;
   std::uint64_t next_abort = 0;  // statements_run at which an abort is due; 0 none
   RegisterFile registers;
-  double adjust_threshold = 0;  // percent
+  double adjust_threshold = 0;      // percent
+  std::uint32_t test_switches = 0;  // test_switch
 
   TestValues test;
   DecisionBlock decision;

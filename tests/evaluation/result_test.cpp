@@ -133,6 +133,19 @@ TEST_F(Results, NumberColumnsOfMemc) {
     EXPECT_EQ(text_at(14, 14), c.indicated_text) << c.nominal;
     EXPECT_EQ(text_at(29, 14), c.actual_text) << c.nominal;
   }
+  // The unit of an ACC in front: in its own words, or by its code without the prefix.
+  AccStatement& stated = run.accuracy.statement;
+  stated.flags = AccStatement::met;
+  stated.units = "millivolt";
+  memc("20.0 mV", 20, 20.5);
+  show(1, 1);
+  EXPECT_EQ(text_at(14, 14) + text_at(29, 14), "20millivolt   20.5millivolt ");
+  stated = AccStatement();
+  stated.flags = AccStatement::met | AccStatement::unit_known;
+  stated.unit = unit_code::volt;
+  stated.prefix = prefix_code::milli;
+  show(1, 1);
+  EXPECT_EQ(text_at(14, 14) + text_at(29, 14), "0.02V         0.0205V       ");
 }
 
 TEST_F(Results, ErrorColumn) {

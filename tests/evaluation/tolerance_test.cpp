@@ -324,6 +324,14 @@ TEST_F(Tolerance, WhenTheOperatorIsAsked) {
     EXPECT_EQ(dialog_appears(run, record, c.percent), c.dialog) << &c - cases;
     EXPECT_EQ(calls_for_adjustment(run, record, c.percent), c.adjustment) << &c - cases;
   }
+  // A test that failed is shown, however high the threshold of its adjustment lies.
+  run.adjust_threshold = 150;
+  run.options = F | J;
+  run.flags = 0;
+  run.test.test_state = 0;
+  record.set(field::line_flags, follows);
+  EXPECT_TRUE(dialog_appears(run, record, 101));
+  EXPECT_FALSE(dialog_appears(run, record, 100));
 }
 
 // ---- MEMC and MEMCX ----

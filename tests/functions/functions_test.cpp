@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "state/debug.h"
 #include "support/math_desk.h"
 
 namespace orvane {
@@ -429,6 +430,17 @@ TEST_F(Functions, TheTableIsChecked) {
     EXPECT_TRUE(math_eval_number(run, statement(""), call + ")", value)) << call;
     EXPECT_FALSE(math_eval_number(run, statement(""), call + (count == 0 ? "1)" : ",1)"), value)) << call;
   }
+}
+
+// Only while procedures are being tried out, which the debug letter a says.
+TEST_F(Functions, SwitchesForTryingOutProcedures) {
+  EXPECT_EQ(number("mcset(\"PTS Inhibit\") + mctest(\"PTS Inhibit\")"), 1);
+  EXPECT_EQ(run.test_switches, 0u);
+  set_debug_flags(debug_bit::api);
+  EXPECT_EQ(number("mcset(\"PTS Inhibit\") + mctest(\"PTS Inhibit\")"), 2);
+  EXPECT_EQ(run.test_switches, test_switch::inhibit_dialog);
+  EXPECT_EQ(number("mctest(\"PTS ShowWindow\") + mctest(\"another\")"), 0);
+  EXPECT_EQ(number("mcclr(\"PTS Inhibit\") + mctest(\"PTS Inhibit\")"), 1);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "procedure/operator/pictures.h"
 #include "procedure/operator/uut_settings.h"
 #include "procedure/pipeline/run_test.h"
+#include "state/debug.h"
 #include "support/procedures.h"
 
 namespace orvane {
@@ -209,13 +210,14 @@ TEST_F(OperatorStatements, AWaitThatIsNoTimeIsReported) {
 
 TEST_F(OperatorStatements, ElementsThatShapeLines) {
   source(test::header("Lines") + line(1, 1, "MATH", "S[2]=\"two\"; x=5; M[1]=1") + "\n" +
-         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" + line(1, 2, "DISP", " and on[NO]! [V proc_name$]") +
-         "\n" + line(1, 2, "DISP", "last[NO]") + "\n" + line(1, 3, "DISP", "[V y]") + "\n" +
-         line(1, 4, "DISP", "[V NOBODY$]") + "\n" + line(1, 5, "DISP", "[V]") + "\n" +
-         line(1, 6, "DISP", "[DRAW 100,7,r]") + "\n" + line(1, 7, "DISP", "[DRAW 101,7,R]") + "\n" +
-         line(1, 8, "END", "") + "\n");
+         line(1, 2, "DISP", "a[N]b [SREG2] [s2] [V x][NO]") + "\n" +
+         line(1, 2, "DISP", " and on[NO]! [V proc_name$]") + "\n" + line(1, 2, "DISP", "last[NO]") + "\n" +
+         line(1, 3, "DISP", "[V y]") + "\n" + line(1, 4, "DISP", "[V NOBODY$]") + "\n" +
+         line(1, 5, "DISP", "[V]") + "\n" + line(1, 6, "DISP", "[DRAW 100,7,r]") + "\n" +
+         line(1, 7, "DISP", "[DRAW 101,7,R]") + "\n" + line(1, 8, "END", "") + "\n");
   EXPECT_EQ(go("Lines"), run_result::finished);
-  EXPECT_EQ(desk.of_kind("lines")[0].lines, (std::vector<std::string>{"a", "b two two 5 and on! Lines", "last"}));
+  EXPECT_EQ(desk.of_kind("lines")[0].lines,
+            (std::vector<std::string>{"a", "b two two 5 and on! Lines", "last"}));
   EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4516, 4517, 4511, 30401}));
   EXPECT_EQ(run.draw.x, 99);
   EXPECT_EQ(run.draw.y, 7);
@@ -331,6 +333,22 @@ TEST_F(Settings, AStatementShowsWhatItChanges) {
   EXPECT_EQ(desk.of_kind("test").size(), 4u);
   EXPECT_EQ(list(), "A=" + std::string(28, 'x') + ";")
       << "32 characters fit; each dialog has emptied the list";
+}
+
+// An author who tries out a procedure lets the windows of tests pass by themselves.
+TEST_F(Settings, WindowsOfTestsCanBeInhibited) {
+  set_debug_flags(debug_bit::api);
+  procedure("Quiet", {"MATH M[1] = mcset(\"PTS Inhibit\")", "MEMC 9V             1U",
+                      "MATH M[2] = mctest(\"PTS ShowWindow\")", "ASK- " + std::string(44, ' ') + "A", "MEMC 0V             1U",
+                      "MATH M[3] = mctest(\"PTS ShowWindow\")", "END"});
+  run.options = ask_option::A;
+  EXPECT_EQ(go("Quiet"), run_result::finished);
+  EXPECT_EQ(desk.of_kind("test").size(), 0u);
+  EXPECT_EQ(desk.results.size(), 2u);
+  EXPECT_EQ(m(2), 1);
+  EXPECT_EQ(m(3), 0);
+  EXPECT_EQ(go("Quiet"), run_result::finished);
+  EXPECT_EQ(desk.of_kind("test").size(), 0u);
 }
 
 TEST_F(Settings, TheListIsOfferedWhileItHoldsEntries) {

@@ -87,7 +87,8 @@ std::string wanted_text(const FscRecord& record, const Wanted& wanted) {
 // Of an alternating or a direct current or voltage, or of anything else.
 int reading_message(const FscRecord& record, const Wanted& wanted) {
   if (wanted.unit != unit_code::volt && wanted.unit != unit_code::amp) return 4968;
-  return record.get(field::mod1).unit != unit_code::none ? 4969 : 4970;
+  if (record.get(field::mod1).unit == unit_code::none) return 4970;
+  return 4969;
 }
 
 // The widths of tolerance that decide: where an adjustment follows, those that keep a reading from it.
@@ -146,8 +147,8 @@ Prompted demo_value(RunState& run, const FscRecord& record, const Wanted& wanted
 Prompted prompt_indicated(RunState& run, const FscRecord& record, const Wanted& wanted, std::string& text,
                           double& value) {
   const std::string units = units_text(record.get(field::nominal).prefix, wanted.unit);
-  return ask_number(run, msg(reading_message(record, wanted), wanted_text(record, wanted), units), text,
-                    value);
+  const int message = reading_message(record, wanted);
+  return ask_number(run, msg(message, wanted_text(record, wanted), units), text, value);
 }
 
 bool judges_source(const RunState& run, const FscRecord& record) {

@@ -55,6 +55,7 @@ class PostTest {
   bool finish() {
     run_.decision = DecisionBlock();
     run_.guard = GuardResult();
+    run_.test_switches &= ~test_switch::window_shown;
     stopped_ = run_.stopped();
     evaluated_ = record_.has_flag(line_flag::result) && !stopped_ && !is_reset_form(record_);
     if (stopped_) vset_test_done(run_);
@@ -68,6 +69,7 @@ class PostTest {
     }
     if (evaluated_ && !judge()) return false;
     show_ = stopped_ || (evaluated_ && dialog_appears(run_, record_, deciding_));
+    if (show_) run_.test_switches |= test_switch::window_shown;
     const bool standby_needed = show_ || run_.asks(standby_letters);
     if (standby_needed && !standby(1)) return false;
     if (evaluated_) {
@@ -221,7 +223,8 @@ class PostTest {
     dialog_.adjustment_called = evaluated_ && calls_for_adjustment(run_, record_, deciding_);
     TestDecision decision{answer::test_continue, false};
     run_.clear(run_flag::skip_test | run_flag::stop_test);
-    if (show_) decision = pt_dialog(run_, procedure_, dialog_);
+    const bool inhibited = (run_.test_switches & test_switch::inhibit_dialog) != 0;
+    if (show_ && !inhibited) decision = pt_dialog(run_, procedure_, dialog_);
     const bool ok = obey(decision);
     run_.clear(run_flag::skip_test);
     return (!show_ || standby(2)) && ok;
