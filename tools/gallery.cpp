@@ -1,6 +1,7 @@
 // Shows every window of the desktop with what a calibration would put there, and saves a picture of each.
 //   gallery FOLDER light|dark PREFIX     (QT_SCALE_FACTOR for larger ones)
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -121,6 +122,39 @@ TestWindow test_window(const char* status, int colour) {
         std::pair(1004, 7104), std::pair(1003, 7105), std::pair(1006, 7106), std::pair(1007, 7107)})
     window.buttons.push_back(
         {{code, std::string(catalogue_text(label)), code == 1001}, code != 1000 && code != 1006});
+  return window;
+}
+
+// How the verdict of a guarded point came about, with the figures of a run.
+TestWindow explained_window() {
+  TestWindow window = test_window("PASS INDETERM", result_colour::pass_indeterminate);
+  window.texts = {
+      {"UUT indicated:", "10.008V"},    {"System actual:", "10.000V"},  {"Error:", "0.080 %"},
+      {"% of tolerance:", "80"},        {"Test tolerance:", "0.0100V"}, {"System tolerance:", "0.0040V"},
+      {"Uncertainty:", "2.02073e-03 V"}};
+  window.explanation.facts = {
+      {"Unit under test", "10.008V"},
+      {"System", "10.000V"},
+      {"Error", "10.008 - 10 = 0.008"},
+      {"Tolerance", "+/- 0.01 = 0.1 % of 10"},
+      {"Limits", "9.99 to 10.01"},
+      {"Percent of tolerance", "0.008 / 0.01 = 80 %"},
+      {"Accuracy", "hp3458a.acc, line 17, mode \"Volts\": at 10, 0.03 % of value = 0.003, floor 0.001"},
+      {"System tolerance", "0.0040V"},
+      {"TUR", "0.01 / 0.004 = 2.5"},
+      {"Standard uncertainty", "0.00202072594 V"},
+      {"Effective degrees of freedom", "infinite"},
+      {"Coverage factor", "2"},
+      {"Expanded uncertainty", "0.00404145188 V"},
+      {"Guard band",
+       "MU: expanded uncertainty 0.00404145188; limits -0.00595854812, +0.00595854812 around the expected "
+       "value: the error is 134.260895 % of them, and 56.9742577 % of the outer ones"},
+      {"Verdict", "PASS INDETERM (100 % of tolerance still passes)"}};
+  window.explanation.budget = {
+      {"U1 system accuracy", "0.002 V = 0.004 / 2 sigma, degrees of freedom infinite", 0.97959},
+      {"U2 scatter and resolution",
+       "0.000288675135 V from scatter 0 and resolution 0.000288675135, degrees of freedom infinite",
+       0.02041}};
   return window;
 }
 
@@ -277,6 +311,16 @@ void forms(DesktopDesk& desk) {
 void decisions(DesktopDesk& desk) {
   picture_of("test-fail", [&] { desk.test(test_window("FAIL", result_colour::fail)); });
   picture_of("test-pass", [&] { desk.test(test_window("PASS", result_colour::pass)); });
+  picture_of(
+      "test-guarded", [&] { desk.test(explained_window()); },
+      [](QWidget& window) {
+        QKeyEvent why(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier);
+        QApplication::sendEvent(&window, &why);
+        QApplication::processEvents();
+        save(*QApplication::activeWindow(), "why");
+        QApplication::activeWindow()->close();
+        QApplication::processEvents();
+      });
   TestWindow stopped =
       test_window("MEMC: stopped by an error. IEEE-488: no device listens. Check address, cable and power.",
                   result_colour::stopped);
