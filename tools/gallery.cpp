@@ -125,36 +125,44 @@ TestWindow test_window(const char* status, int colour) {
   return window;
 }
 
-// How the verdict of a guarded point came about, with the figures of a run.
+// How the verdict of a guarded point came about, with the figures of the demo laboratory.
 TestWindow explained_window() {
   TestWindow window = test_window("PASS INDETERM", result_colour::pass_indeterminate);
-  window.texts = {
-      {"UUT indicated:", "10.008V"},    {"System actual:", "10.000V"},  {"Error:", "0.080 %"},
-      {"% of tolerance:", "80"},        {"Test tolerance:", "0.0100V"}, {"System tolerance:", "0.0040V"},
-      {"Uncertainty:", "2.02073e-03 V"}};
+  window.texts = {{"UUT indicated:", "3V"},
+                  {"System actual:", "2.99890018V (corrected)"},
+                  {"Error:", "366     ppm"},
+                  {"% of tolerance:", "103"},
+                  {"Test tolerance:", "0.0011400V"},
+                  {"System tolerance:", "4.0000E-05V"},
+                  {"TUR:", ">  4.0"},
+                  {"Standard uncertainty:", "3.51269E-05"}};
   window.explanation.facts = {
-      {"Unit under test", "10.008V"},
-      {"System", "10.000V"},
-      {"Error", "10.008 - 10 = 0.008"},
-      {"Tolerance", "+/- 0.01 = 0.1 % of 10"},
-      {"Limits", "9.99 to 10.01"},
-      {"Percent of tolerance", "0.008 / 0.01 = 80 %"},
-      {"Accuracy", "hp3458a.acc, line 17, mode \"Volts\": at 10, 0.03 % of value = 0.003, floor 0.001"},
-      {"System tolerance", "0.0040V"},
-      {"TUR", "0.01 / 0.004 = 2.5"},
-      {"Standard uncertainty", "0.00202072594 V"},
-      {"Effective degrees of freedom", "infinite"},
+      {"Unit under test", "3V"},
+      {"System", "2.99890018V (corrected)"},
+      {"Readings",
+       "mean of 5, after 0 thrown away: 2.99890176, 2.9989009, 2.99890066, 2.99890024, 2.99889734"},
+      {"Correction", "-4.49835276e-06 was added to the reading (3458.cor, line 10)"},
+      {"Error", "3 - 2.99890018 = 0.00109981836"},
+      {"Tolerance", "+/- 0.00114 = 0.038 % of 3"},
+      {"Limits", "2.99776018 to 3.00004018"},
+      {"Percent of tolerance", "0.00109981836 / 0.00114 = 96.4752945 %"},
+      {"Accuracy", "hp3458a.acc, line 17, mode \"Volts\": at 3, 0.001 % of value = 3e-05, floor 1e-05"},
+      {"System tolerance", "4.0000E-05V"},
+      {"TUR", "0.00114 / 4e-05 = 28.5"},
+      {"Standard uncertainty", "3.51268993e-05 V"},
+      {"Effective degrees of freedom", "19029123.8"},
       {"Coverage factor", "2"},
-      {"Expanded uncertainty", "0.00404145188 V"},
+      {"Expanded uncertainty", "7.02537985e-05 V"},
       {"Guard band",
-       "MU: expanded uncertainty 0.00404145188; limits -0.00595854812, +0.00595854812 around the expected "
-       "value: the error is 134.260895 % of them, and 56.9742577 % of the outer ones"},
+       "MU: expanded uncertainty 7.02537985e-05, factor 1; limits -0.0010697462, +0.0010697462 around the "
+       "expected value: the error is 102.811149 % of them, and 90.875018 % of the outer ones"},
       {"Verdict", "PASS INDETERM (100 % of tolerance still passes)"}};
   window.explanation.budget = {
-      {"U1 system accuracy", "0.002 V = 0.004 / 2 sigma, degrees of freedom infinite", 0.97959},
+      {"U1 system accuracy", "2e-05 V = 4e-05 / 2 sigma, degrees of freedom infinite", 0.32418},
       {"U2 scatter and resolution",
-       "0.000288675135 V from scatter 0 and resolution 0.000288675135, degrees of freedom infinite",
-       0.02041}};
+       "2.88773103e-05 V from scatter 7.52142475e-07 (1.6818417e-06 / sqrt 5) and resolution 2.88675135e-05 "
+       "(0.0001 / sqrt 12), degrees of freedom 8691335.03",
+       0.67582}};
   return window;
 }
 

@@ -22,8 +22,8 @@ namespace {
 
 constexpr int column_gap = 20, row_gap = 8, bar_width = 220, least_bar_width = 120, frame = 2;
 constexpr double least_share_drawn = 0.005;  // a share that counts at all has a sliver
-constexpr double screen_part = 0.85;         // of its width and height, at most
-constexpr int line_width = 92;               // characters
+constexpr double screen_part = 0.92;         // of its width and height, at most
+constexpr int line_width = 100;              // characters
 
 QLabel* text_label(const QString& text, TextRole role, QWidget* owner) {
   auto* label = new QLabel(text, owner);
@@ -33,8 +33,8 @@ QLabel* text_label(const QString& text, TextRole role, QWidget* owner) {
   return label;
 }
 
-QLabel* heading(const QString& text, QWidget* owner) {
-  QLabel* label = text_label(text, TextRole::prompt, owner);
+QLabel* heading(const QString& text, TextRole role, QWidget* owner) {
+  QLabel* label = text_label(text, role, owner);
   QFont bold = label->font();
   bold.setBold(true);
   label->setFont(bold);
@@ -120,7 +120,7 @@ void WhyBox::make_sheet(const Explanation& explanation, int verdict, TextRole ro
 }
 
 void WhyBox::show_verdict(const LabelledText& fact, int verdict) {
-  QLabel* label = heading(verdict_sign(verdict) + " " + shown(fact.text).trimmed(), sheet_);
+  QLabel* label = heading(verdict_sign(verdict) + " " + shown(fact.text).trimmed(), TextRole::prompt, sheet_);
   label->setWordWrap(true);
   label->setAccessibleName(shown(fact.label + ": " + fact.text));
   QPalette colours = palette();
@@ -154,10 +154,10 @@ void WhyBox::show_facts(const std::vector<LabelledText>& facts, TextRole role) {
 void WhyBox::show_budget(const std::vector<BudgetShare>& budget, TextRole role) {
   auto* rows = static_cast<QVBoxLayout*>(sheet_->layout());
   rows->addSpacing(row_gap);
-  rows->addWidget(heading(shown(msg(31122)), sheet_));
+  rows->addWidget(heading(shown(msg(31122)), role, sheet_));
   auto* grid = new QGridLayout;
   grid->setHorizontalSpacing(column_gap);
-  grid->setVerticalSpacing(row_gap);
+  grid->setVerticalSpacing(role == TextRole::prompt ? row_gap : row_gap / 2);
   grid->setColumnStretch(3, 1);
   int row = 0;
   for (const BudgetShare& share : budget) {
