@@ -1,6 +1,7 @@
 // Shows every window of the desktop with what a calibration would put there, and saves a picture of each.
 //   gallery FOLDER light|dark PREFIX     (QT_SCALE_FACTOR for larger ones)
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -121,6 +122,47 @@ TestWindow test_window(const char* status, int colour) {
         std::pair(1004, 7104), std::pair(1003, 7105), std::pair(1006, 7106), std::pair(1007, 7107)})
     window.buttons.push_back(
         {{code, std::string(catalogue_text(label)), code == 1001}, code != 1000 && code != 1006});
+  return window;
+}
+
+// How the verdict of a guarded point came about, with the figures of the demo laboratory.
+TestWindow explained_window() {
+  TestWindow window = test_window("PASS INDETERM", result_colour::pass_indeterminate);
+  window.texts = {{"UUT indicated:", "3V"},
+                  {"System actual:", "2.99890018V (corrected)"},
+                  {"Error:", "366     ppm"},
+                  {"% of tolerance:", "103"},
+                  {"Test tolerance:", "0.0011400V"},
+                  {"System tolerance:", "4.0000E-05V"},
+                  {"TUR:", ">  4.0"},
+                  {"Standard uncertainty:", "3.51269E-05"}};
+  window.explanation.facts = {
+      {"Unit under test", "3V"},
+      {"System", "2.99890018V (corrected)"},
+      {"Readings",
+       "mean of 5, after 0 thrown away: 2.99890176, 2.9989009, 2.99890066, 2.99890024, 2.99889734"},
+      {"Correction", "-4.49835276e-06 was added to the reading (3458.cor, line 10)"},
+      {"Error", "3 - 2.99890018 = 0.00109981836"},
+      {"Tolerance", "+/- 0.00114 = 0.038 % of 3"},
+      {"Limits", "2.99776018 to 3.00004018"},
+      {"Percent of tolerance", "0.00109981836 / 0.00114 = 96.4752945 %"},
+      {"Accuracy", "hp3458a.acc, line 17, mode \"Volts\": at 3, 0.001 % of value = 3e-05, floor 1e-05"},
+      {"System tolerance", "4.0000E-05V"},
+      {"TUR", "0.00114 / 4e-05 = 28.5"},
+      {"Standard uncertainty", "3.51268993e-05 V"},
+      {"Effective degrees of freedom", "19029123.8"},
+      {"Coverage factor", "2"},
+      {"Expanded uncertainty", "7.02537985e-05 V"},
+      {"Guard band",
+       "MU: expanded uncertainty 7.02537985e-05, factor 1; limits -0.0010697462, +0.0010697462 around the "
+       "expected value: the error is 102.811149 % of them, and 90.875018 % of the outer ones"},
+      {"Verdict", "PASS INDETERM (100 % of tolerance still passes)"}};
+  window.explanation.budget = {
+      {"U1 system accuracy", "2e-05 V = 4e-05 / 2 sigma, degrees of freedom infinite", 0.32418},
+      {"U2 scatter and resolution",
+       "2.88773103e-05 V from scatter 7.52142475e-07 (1.6818417e-06 / sqrt 5) and resolution 2.88675135e-05 "
+       "(0.0001 / sqrt 12), degrees of freedom 8691335.03",
+       0.67582}};
   return window;
 }
 
@@ -277,6 +319,16 @@ void forms(DesktopDesk& desk) {
 void decisions(DesktopDesk& desk) {
   picture_of("test-fail", [&] { desk.test(test_window("FAIL", result_colour::fail)); });
   picture_of("test-pass", [&] { desk.test(test_window("PASS", result_colour::pass)); });
+  picture_of(
+      "test-guarded", [&] { desk.test(explained_window()); },
+      [](QWidget& window) {
+        QKeyEvent why(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier);
+        QApplication::sendEvent(&window, &why);
+        QApplication::processEvents();
+        save(*QApplication::activeWindow(), "why");
+        QApplication::activeWindow()->close();
+        QApplication::processEvents();
+      });
   TestWindow stopped =
       test_window("MEMC: stopped by an error. IEEE-488: no device listens. Check address, cable and power.",
                   result_colour::stopped);

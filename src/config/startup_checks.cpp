@@ -82,8 +82,8 @@ bool is_met(Need need, const std::string& path) {
 // ---- Guardbands ----
 
 constexpr std::string_view guardband_section = "Orvane Guardbanding Initialization";
-constexpr std::string_view guardband_keys[] = {"gb_table", "gbf",       "GB_MODE", "GB_OVERFLOW",
-                                               "GB_PTS",   "GB_RESULT", "UCONF"};
+constexpr std::string_view guardband_keys[] = {"gb_table",    "gbf",    "GB",        "GB_MODE",
+                                               "GB_OVERFLOW", "GB_PTS", "GB_RESULT", "UCONF"};
 
 // The factor there counts only where it is one; another one is passed over.
 bool is_passed_over(const KeyRow& row, std::string_view value) {

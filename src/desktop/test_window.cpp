@@ -10,9 +10,13 @@
 #include "desktop/look.h"
 #include "desktop/text_pane.h"
 #include "desktop/texts.h"
+#include "desktop/why_window.h"
+#include "messages/catalogue.h"
 
 namespace orvane {
 namespace {
+
+constexpr int why_code = -1;  // the window's own button: the engine never sees it
 
 // Where each button stands, in the window's order from left to right, and its function key. What cannot be taken back,
 // Cancel result and Term, has none.
@@ -22,10 +26,15 @@ struct ButtonPlace {
   int key;
 };
 constexpr ButtonPlace places[] = {
-    {answer::test_comment, true, Qt::Key_F2},  {answer::test_list, true, Qt::Key_F3},
-    {answer::test_settings, true, Qt::Key_F4}, {answer::test_cancel, true, 0},
-    {answer::test_repeat, false, Qt::Key_F6},  {answer::test_adjust, false, Qt::Key_F7},
-    {answer::test_continue, false, 0},         {answer::test_term, false, 0},
+    {answer::test_comment, true, Qt::Key_F2},
+    {answer::test_list, true, Qt::Key_F3},
+    {answer::test_settings, true, Qt::Key_F4},
+    {why_code, true, Qt::Key_F5},
+    {answer::test_cancel, true, 0},
+    {answer::test_repeat, false, Qt::Key_F6},
+    {answer::test_adjust, false, Qt::Key_F7},
+    {answer::test_continue, false, 0},
+    {answer::test_term, false, 0},
 };
 
 bool fits_row(const std::string& text) { return text.size() <= 60 && text.find('\n') == std::string::npos; }
@@ -63,12 +72,27 @@ TestBox::TestBox(QWidget* owner)
   setMinimumWidth(640);
 }
 
+TestBox::~TestBox() = default;
+
 int TestBox::ask(const TestWindow& window) {
+  if (is_waiting()) return answer::failed;
   setWindowTitle(shown(window.title));
   show_status(window);
   show_texts(window);
   show_buttons(window);
-  return wait_for_answer();
+  shown_ = &window;
+  const int code = wait_for_answer();
+  shown_ = nullptr;
+  if (why_ != nullptr) why_->hide();
+  return code;
+}
+
+void TestBox::press(int code) { code == why_code ? explain() : DeskWindow::press(code); }
+
+void TestBox::explain() {
+  if (shown_ == nullptr || shown_->explanation.empty()) return;
+  if (why_ == nullptr) why_ = std::make_unique<WhyBox>(this);
+  why_->open(shown(shown_->title), shown_->explanation, shown_->colour);
 }
 
 void TestBox::show_status(const TestWindow& window) {
@@ -131,16 +155,18 @@ void TestBox::show_buttons(const TestWindow& window) {
   std::vector<Button> aside, below;
   for (const ButtonPlace& place : places) {
     const TestWindow::TestButton* one = of_code(place.code);
-    if (one == nullptr) continue;
-    Button button = one->button;
+    if (one == nullptr && place.code != why_code) continue;
+    Button button = one != nullptr ? one->button : Button{why_code, msg(31120), false};
     if (place.key != 0) button.label += "  (F" + std::to_string(place.key - Qt::Key_F1 + 1) + ")";
     (place.aside ? aside : below).push_back(button);
   }
   set_buttons(below, aside_, aside);
   for (const TestWindow::TestButton& one : window.buttons) enable_button(one.button.code, one.enabled);
+  enable_button(why_code, !window.explanation.empty());
 }
 
 void TestBox::keyPressEvent(QKeyEvent* event) {
+  if (event->text() == "?" && !event->isAutoRepeat()) return explain();
   for (const ButtonPlace& place : places) {
     if (place.key == 0 || event->key() != place.key || event->isAutoRepeat()) continue;
     if (DeskButton* one = button(place.code); one != nullptr && one->isEnabled()) one->click();

@@ -1,4 +1,5 @@
-// The decision about one test: its status in words, colour and a sign, what was measured, and the eight buttons.
+// The decision about one test: its status in words, colour and a sign, what was measured, the eight buttons, and
+// one that tells how the verdict came about.
 #pragma once
 
 #include "desktop/window.h"
@@ -9,11 +10,14 @@ class QFrame;
 namespace orvane {
 
 class TextPane;
+class WhyBox;
 
 class TestBox : public DeskWindow {
  public:
   explicit TestBox(QWidget* owner);
+  ~TestBox() override;
   int ask(const TestWindow& window);
+  void press(int code) override;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -24,6 +28,7 @@ class TestBox : public DeskWindow {
   void show_texts(const TestWindow& window);
   void make_row();
   void show_buttons(const TestWindow& window);
+  void explain();
 
   QFrame* banner_;
   QLabel* sign_;
@@ -32,6 +37,8 @@ class TestBox : public DeskWindow {
   std::vector<QLabel*> labels_;  // two a row, used again
   TextPane* long_text_;          // what does not fit a row: the laboratory's own words
   QHBoxLayout* aside_;
+  std::unique_ptr<WhyBox> why_;        // made when it is first asked for
+  const TestWindow* shown_ = nullptr;  // while the window waits
 };
 
 }  // namespace orvane

@@ -109,7 +109,7 @@ void DeskWindow::present() {
 // Sounds the bell by the key "beep" for as long as the window waits.
 void DeskWindow::beep() {
   const BeepKey& key = startup_config().beep;
-  if (key.seconds <= 0) return;
+  if (key.seconds <= 0 || !rings()) return;
   bell_ = std::make_unique<Beeper>(key.seconds, key.count, platform().clock->ticks());
   if (beeper_ == nullptr) {
     beeper_ = new QTimer(this);

@@ -62,6 +62,8 @@ class DeskWindow : public QWidget {
   /// Where the window opens; empty: over its owner.
   virtual QRect wanted_place() const { return {}; }
   virtual bool opens_minimised() const { return false; }
+  /// Does it call the operator by the bell?
+  virtual bool rings() const { return true; }
 
   void keyPressEvent(QKeyEvent* event) override;
   void closeEvent(QCloseEvent* event) override;

@@ -1,5 +1,6 @@
 #include "evaluation/explain.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <span>
@@ -26,6 +27,8 @@ constexpr int unit_under_test = 31070, system = 31071, readings = 31072, correct
               ratio = 31080, standard = 31081, freedom = 31082, coverage = 31083, expanded = 31084,
               guard = 31085, verdict = 31086;
 }
+
+constexpr double most_percent = 500;  // beyond it the error is told as ">500"
 
 std::string number(double value) { return print_number(value, 'g', 9); }
 
@@ -61,12 +64,21 @@ class Explaining {
     fact(word::unit_under_test, block.ind_text.empty() ? block.remark : block.ind_text);
     fact(word::system, block.act_text);
     const UncertaintyBlock& samples = run_.uncertainty;
-    if (has(run_, test_bit::mean))
-      fact(word::readings, msg(31087, samples.readings.size(), static_cast<int>(samples.nthrow)));
+    if (samples.readings.size() > 1 && has(run_, test_bit::uncertainty | test_bit::mean))
+      fact(word::readings, readings_text(samples));
     if (has(run_, test_bit::corrected)) {
       const AppliedCorrection& made = run_.correction;
       fact(word::correction, msg(31088, number(made.amount()), file_name(made.path), made.line));
     }
+  }
+
+  // "mean of 5, after 0 thrown away: 9.9991, 9.9993, 9.9992, 9.9991, 9.9992"
+  static std::string readings_text(const UncertaintyBlock& samples) {
+    constexpr std::size_t most = 20;
+    std::string text = msg(31087, samples.readings.size(), static_cast<int>(samples.nthrow));
+    for (std::size_t i = 0; i < std::min(samples.readings.size(), most); ++i)
+      text += (i == 0 ? ": " : ", ") + number(samples.readings[i]);
+    return samples.readings.size() > most ? text + ", ..." : text;
   }
 
   void judged() {
@@ -76,17 +88,18 @@ class Explaining {
     // The unit may indicate from the actual value less the tolerance below to the actual value plus the one above.
     fact(word::limits,
          msg(31090, number(test_.actual - test_.neg_tol), number(test_.actual + test_.pos_tol)));
-    const bool above = test_.indicated >= test_.actual;
-    fact(word::percent, msg(31091, number(std::fabs(test_.indicated - test_.actual)),
-                            number(above ? test_.pos_tol : test_.neg_tol),
-                            std::string(trim_blanks(run_.decision.pct_text))));
+    double percent = 0;
+    static_cast<void>(percent_of_tolerance(test_, percent));
+    fact(word::percent,
+         msg(31091, number(std::fabs(test_.indicated - test_.actual)), number(side_of_tolerance(test_)),
+             percent > most_percent ? ">" + number(most_percent) : number(percent)));
     if (!has(run_, test_bit::tolerances)) return;
     accuracy();
     if ((run_.decision.tur_flags & DecisionBlock::tur_calculated) != 0)
       fact(word::ratio, msg(31092, number(test_.test_tol), number(test_.sys_tol), number(test_.tur)));
   }
 
-  // "0.1 % of 10, 0.002", as long as the tolerance in force is the one that these terms made.
+  // "0.1 % of 10 + 0.002", as long as the tolerance in force is the one that these terms made.
   std::string tolerance_text() const {
     const ToleranceMade& made = run_.tolerance_made;
     std::string text = test_.neg_tol == test_.pos_tol
@@ -95,8 +108,10 @@ class Explaining {
     if (made.neg != test_.neg_tol || made.pos != test_.pos_tol || made.field.count == 0) return text;
     std::string terms;
     for (const ToleranceTerm& term : std::span(made.field.terms).first(made.field.count)) {
-      if (!terms.empty()) terms += ", ";
-      terms += tolerance_term_text(run_, term, made.range, made.reference);
+      const std::string one = tolerance_term_text(run_, term, made.range, made.reference);
+      const bool one_sided = one.starts_with('+') || one.starts_with('-');
+      if (!terms.empty()) terms += one_sided ? ", " : " + ";
+      terms += one;
     }
     return text + " = " + terms;
   }
@@ -147,13 +162,28 @@ class Explaining {
     if (i == 1 && block.valid(Q::sys_acc) && block.valid(Q::conf))
       return msg(31105, number(block[Q::sys_acc]), number(block[Q::conf]));
     if (i == 2 && block.valid(Q::s1) && block.valid(Q::s2))
-      return msg(31106, number(block[Q::s1]), number(block[Q::s2]));
+      return msg(31106, number(block[Q::s1]) + scatter_detail(), number(block[Q::s2]) + resolution_detail());
     return {};
   }
 
-  std::string given(Q which) const {
-    return (run_.uncertainty.given >> static_cast<unsigned>(which) & 1U) != 0 ? msg(31107) : std::string();
+  // " (7e-07 / sqrt 5)", as long as the scatter is that of these readings and not set or handed in.
+  std::string scatter_detail() const {
+    const UncertaintyBlock& block = run_.uncertainty;
+    if (is_given(Q::s1)) return given(Q::s1);
+    if (!block.valid(Q::sdev) || block.readings.size() < 2) return {};
+    const bool has_factor = block.valid(Q::f) && block[Q::f] != 1.0;
+    return msg(31124, number(block[Q::sdev]), block.readings.size(),
+               has_factor ? " * " + number(block[Q::f]) : std::string());
   }
+
+  std::string resolution_detail() const {
+    const UncertaintyBlock& block = run_.uncertainty;
+    if (is_given(Q::s2)) return given(Q::s2);
+    return block.valid(Q::uut_res) ? msg(31125, number(block[Q::uut_res])) : std::string();
+  }
+
+  bool is_given(Q which) const { return (run_.uncertainty.given >> static_cast<unsigned>(which) & 1U) != 0; }
+  std::string given(Q which) const { return is_given(which) ? msg(31107) : std::string(); }
 
   static std::string degrees(double df) { return df >= infinite_df ? msg(31108) : number(df); }
 

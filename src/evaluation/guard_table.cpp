@@ -14,7 +14,7 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t line_limit = 256, file_limit = 16U << 20U;
-constexpr std::size_t word_count = 2, most_words = 64;
+constexpr std::size_t word_count = 2, most_words = line_limit;  // more than a line can have
 
 void insert(GuardTable& table, const GuardTableRow& row) {
   const auto at = std::lower_bound(table.begin(), table.end(), row.key,
@@ -28,10 +28,8 @@ void insert(GuardTable& table, const GuardTableRow& row) {
 
 bool read_row(const std::string& path, int line, const std::string& text, GuardTableRow& row) {
   std::vector<std::string_view> words;
-  const bool split = split_words(text, most_words, words);
-  if (!split || words.size() != word_count)
-    return errp(7805, path, line, text, split ? static_cast<int>(words.size()) : -1,
-                static_cast<int>(word_count));
+  if (!split_words(text, most_words, words) || words.size() != word_count)
+    return errp(7805, path, line, text, static_cast<int>(words.size()), static_cast<int>(word_count));
   std::array<double, word_count> numbers{};
   for (std::size_t i = 0; i < word_count; ++i) {
     const std::optional<double> number = whole_number(words[i]);

@@ -16,7 +16,7 @@ namespace orvane {
 namespace {
 
 namespace display_form {
-constexpr int engineering = 1, nominal = 2, prefix = 3, scientific = 4;
+constexpr int engineering = 1, nominal = 2, prefix = 3;  // 4, scientific, is what the others are not
 }
 
 // Few records hold all fields; storage grows by as much as one more family of them takes.

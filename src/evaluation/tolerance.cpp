@@ -177,12 +177,16 @@ std::string tolerance_term_text(const RunState& run, const Term& term, double ra
   return msg(sentence, text, print_number(refers_to == Term::of_range ? range_value : reference, 'g', 9));
 }
 
+double side_of_tolerance(const TestValues& values) {
+  const bool below = (values.pos_tol == 0.0 && eps_between(values.indicated, values.actual, values.actual)) ||
+                     !(values.indicated >= values.actual);
+  return below ? values.neg_tol : values.pos_tol;
+}
+
 bool percent_of_tolerance(const TestValues& values, double& percent) {
   percent = 0;
   if ((values.test_state & test_bit::go_no_go) != 0) return true;
-  const bool below = (values.pos_tol == 0.0 && eps_between(values.indicated, values.actual, values.actual)) ||
-                     !(values.indicated >= values.actual);
-  const double side = below ? values.neg_tol : values.pos_tol;
+  const double side = side_of_tolerance(values);
   if (std::fabs(side) < smallest_tolerance) {
     percent = percent_without_tolerance;
     return std::isfinite(values.indicated) && std::isfinite(values.actual);

@@ -44,6 +44,9 @@ bool tolerance_field_usable(const RunState& run, const ToleranceField& field);
 std::string tolerance_term_text(const RunState& run, const ToleranceTerm& term, double range_value,
                                 double reference);
 
+/// The tolerance on the side on which the unit errs: the one below where it indicates less than the actual value.
+double side_of_tolerance(const TestValues& values);
+
 /// The error as a share of the tolerance on its side; 0 for a go/no-go test. False if the numbers give no finite
 /// percent, which is a floating-point fault of the evaluation.
 [[nodiscard]] bool percent_of_tolerance(const TestValues& values, double& percent);

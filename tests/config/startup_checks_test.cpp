@@ -129,11 +129,12 @@ TEST_F(StartupChecks, EveryPathIsChecked) {
 TEST_F(StartupChecks, GuardbandKeysComeFromTheirOwnFileWhereTheyAreUnset) {
   write("gb.ini",
         "GB_MODE = STEP\n[Orvane Guardbanding Initialization]\ngb_table = acc/table.txt\ngbf = 1.5\n"
-        "GB_MODE = INTERP\nGB_PTS = RESULT\nUCONF = 95.45%\npass100 = NO\n");
+        "GB_MODE = INTERP\nGB_PTS = RESULT\nUCONF = 95.45%\npass100 = NO\nGB = TSR\n");
   ASSERT_TRUE(load(with({"gb_init = gb.ini", "GB_PTS = P"}))) << faults.front().text;
   const StartupConfig& config = startup_config();
   EXPECT_EQ(config.gb_table, (folder / "acc/table.txt").string());
   EXPECT_EQ(config.gbf, 1.5);
+  EXPECT_EQ(config.GB, 6);
   EXPECT_EQ(config.GB_MODE, 2);
   EXPECT_EQ(config.GB_PTS, 3) << "the configuration's own value stands";
   EXPECT_EQ(config.GB_OVERFLOW, 0);

@@ -12,6 +12,7 @@
 #include "desktop/desk.h"
 #include "desktop/main_window.h"
 #include "desktop/texts.h"
+#include "desktop/why_window.h"
 #include "operator_hand.h"
 #include "support/desk.h"
 
@@ -303,6 +304,68 @@ TEST_F(Windows, TheTestWindowTellsItsStatusInWordsAndASign) {
   EXPECT_TRUE(texts.contains("FAIL"));
   EXPECT_TRUE(texts.contains(QString(QChar(0x2717))));
   EXPECT_TRUE(texts.contains("-1.70 %"));
+}
+
+// The window of the reasons, if it is open.
+WhyBox* why_window() {
+  for (QWidget* one : QApplication::topLevelWidgets()) {
+    if (auto* why = dynamic_cast<WhyBox*>(one); why != nullptr && why->isVisible()) return why;
+  }
+  return nullptr;
+}
+
+// How far a bar is filled, in its middle row.
+double filled(ShareBar& bar) {
+  const QImage image = bar.grab().toImage();
+  const QColor empty = bar.palette().color(QPalette::Base);
+  int cells = 0;
+  for (int x = 0; x < image.width(); ++x) cells += image.pixelColor(x, image.height() / 2) != empty ? 1 : 0;
+  return static_cast<double>(cells) / image.width();
+}
+
+TEST_F(Windows, WhyTellsTheFactsAndDrawsTheShares) {
+  TestWindow window = decision({answer::test_continue});
+  window.explanation.facts = {{"Limits", "9.99 to 10.01"}, {"Verdict", "FAIL (100 % of tolerance fails)"}};
+  window.explanation.budget = {{"U1 system accuracy", "0.003 V", 0.75}, {"U2", "0.002 V", 0.25}};
+  hand.key(Qt::Key_F5).then([](DeskWindow& test) {
+    WhyBox* why = why_window();
+    ASSERT_NE(why, nullptr);
+    QStringList texts;
+    for (const QLabel* label : why->findChildren<QLabel*>())
+      if (label->isVisible()) texts += label->text();
+    for (const QString text :
+         {"Limits", "9.99 to 10.01", "\u2717 FAIL (100 % of tolerance fails)", "0.003 V"})
+      EXPECT_TRUE(texts.contains(text)) << text.toStdString();
+    std::vector<ShareBar*> bars;
+    for (QWidget* one : why->findChildren<QWidget*>())
+      if (auto* bar = dynamic_cast<ShareBar*>(one)) bars.push_back(bar);
+    ASSERT_EQ(bars.size(), 2U);
+    EXPECT_EQ(bars[0]->accessibleName(), QString("U1 system accuracy: 75.0\u00A0%, 0.003 V"));
+    EXPECT_NEAR(filled(*bars[0]), 0.75, 0.05);
+    EXPECT_NEAR(filled(*bars[1]), 0.25, 0.05);
+    press_key(*why, Qt::Key_Tab);
+    press_key(*why, Qt::Key_Escape);
+    EXPECT_EQ(why_window(), nullptr);
+    EXPECT_TRUE(test.is_waiting() && test.isVisible());
+  });
+  hand.type("?").then([](DeskWindow&) {
+    press_key(*why_window(), Qt::Key_Return);
+    EXPECT_EQ(why_window(), nullptr);
+  });
+  // It may stand open beside the decision, and goes with it.
+  hand.key(Qt::Key_F5).then([](DeskWindow& test) {
+    EXPECT_NE(why_window(), nullptr);
+    test.press(answer::test_continue);
+  });
+  EXPECT_EQ(screen.test(window), answer::test_continue);
+  EXPECT_EQ(why_window(), nullptr);
+
+  // Where there is nothing to tell, nothing opens.
+  hand.key(Qt::Key_F5).then([](DeskWindow& test) {
+    EXPECT_EQ(why_window(), nullptr);
+    test.give_up();
+  });
+  screen.test(decision({answer::test_continue}));
 }
 
 // --- Waits and messages ----------------------------------------------------------------------------------------------

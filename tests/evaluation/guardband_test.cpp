@@ -177,14 +177,22 @@ TEST_F(GuardBand, TheTableInBothModes) {
 }
 
 TEST_F(GuardBand, ADamagedTableIsToldWithItsLine) {
+  std::string many;
+  for (int i = 0; i < 100; ++i) many += "1 ";
   const struct {
     std::string text;
     int number;
     const char* place;
   } cases[] = {{"1 2\n1 2 3\n", 7805, "guard.txt:2"},
                {"7\n", 7805, "guard.txt:1"},
-               {"1 x\n", 7807, "\"x\""},
+               {"1 1\r\n\r\n" + many + "\r\n", 7805, "guard.txt:3"},
+               {many, 7805, "100 words"},
+               {"1 x\n", 7807, "\"x\" (word 2)"},
+               {"\n# note\n1,5 1\n", 7807, "guard.txt:3: \"1,5\" (word 1)"},
                {"1 1e999\n", 7807, "1e999"},
+               {"nan 1\n", 7807, "nan"},
+               {"1 0x10\n", 7807, "0x10"},
+               {std::string("1 1\0 2\n", 8), 7805, "guard.txt:1"},
                {"\n#" + std::string(255, 'c') + "\n", 7804, "guard.txt:2"},
                {"", 7797, ""}};
   for (const auto& one : cases) {
@@ -198,9 +206,13 @@ TEST_F(GuardBand, ADamagedTableIsToldWithItsLine) {
   }
   table("#" + std::string(254, 'c') + "\n1 0.5\n");  // just fits
   EXPECT_TRUE(evaluate(1, 1));
-  startup_config().gb_table.clear();
-  EXPECT_FALSE(evaluate(1, 1));
-  EXPECT_EQ(desk.message_numbers(), std::vector<int>{7801});
+  for (const auto& [path, number] :
+       {std::pair(std::string(), 7801), {(folder / "nowhere.txt").string(), 7801}, {folder.string(), 7803}}) {
+    startup_config().gb_table = path;
+    EXPECT_FALSE(evaluate(1, 1));
+    EXPECT_EQ(desk.message_numbers(), std::vector<int>{number}) << path;
+    EXPECT_NE(desk.last_message().find(path), std::string::npos) << desk.last_message();
+  }
 }
 
 // Percents of the inner limits, of the tolerance and of the outer limits; a limit itself is where the verdict turns.

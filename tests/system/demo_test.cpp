@@ -1,5 +1,8 @@
 // The demo laboratory from its sources to its results.
+#include <charconv>
+#include <cmath>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "system/laboratory.h"
@@ -93,6 +96,94 @@ TEST_F(Demo, TheSameSeedGivesTheSameReadings) {
   EXPECT_EQ(contents("work/rslt.tmp"), first);
 }
 
+// The facts behind a result, by their labels. Components of the uncertainty stand below theirs.
+std::map<std::string, std::string> explained(const std::string& out) {
+  std::map<std::string, std::string> facts;
+  for (const std::string& line : lines_of(out)) {
+    if (!line.starts_with("      ") || line.size() < 8 || line[6] == ' ') continue;
+    const std::size_t gap = line.find("  ", 6);
+    if (gap != std::string::npos)
+      facts[line.substr(6, gap - 6)] = line.substr(line.find_first_not_of(' ', gap));
+  }
+  return facts;
+}
+
+// The numbers of a text in their order; a sign counts where a number begins.
+std::vector<double> numbers_of(const std::string& text) {
+  std::vector<double> found;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool begins = i == 0 || std::string_view(" (+-").find(text[i - 1]) != std::string_view::npos;
+    if (!begins || text[i] < '0' || text[i] > '9') continue;
+    double value = 0;
+    const char* const end = std::from_chars(text.data() + i, text.data() + text.size(), value).ptr;
+    found.push_back(i > 0 && text[i - 1] == '-' ? -value : value);
+    i = static_cast<std::size_t>(end - text.data());
+  }
+  return found;
+}
+
+// One point from its readings to its verdict, worked out again from what --explain tells and from the files it names.
+TEST_F(Demo, EveryFigureOfAnExplanationIsFoundAgainByHand) {
+  demo();
+  write("answers.txt", "continue\n");
+  const Ended ended =
+      run_process(ovrun({"--explain", "--answers", path("answers.txt"), "-run", "One point, explained"}));
+  EXPECT_EQ(ended.status, 0) << ended.err;
+  const auto facts = explained(ended.out);
+  const auto of = [&](const char* label) {
+    const auto at = facts.find(label);
+    return at != facts.end() ? numbers_of(at->second) : std::vector<double>();
+  };
+  const auto readings = of("Readings"), error = of("Error"), tolerance = of("Tolerance"),
+             limits = of("Limits"), percent = of("Percent of tolerance"), accuracy = of("Accuracy"),
+             guard = of("Guard band"), u1 = of("U1 system accuracy"), u2 = of("U2 scatter and resolution");
+  ASSERT_EQ(readings.size(), 7U) << ended.out;
+  ASSERT_TRUE(error.size() == 3 && tolerance.size() == 3 && limits.size() == 2 && percent.size() == 3);
+  ASSERT_TRUE(accuracy.size() == 5 && guard.size() == 6 && u1.size() == 4 && u2.size() == 9) << ended.out;
+
+  const auto near = [](double found, double expected) {
+    EXPECT_NEAR(found, expected, std::fabs(expected) * 1e-5);  // readings are told to nine digits
+  };
+  double mean = 0, squares = 0;
+  for (std::size_t i = 2; i < 7; ++i) mean += readings[i] / 5;
+  for (std::size_t i = 2; i < 7; ++i) squares += (readings[i] - mean) * (readings[i] - mean);
+  near(of("System").front(), mean);
+  near(error[2], 3 - mean);
+  near(tolerance[0], 0.00038 * 3);
+  near(limits[0], mean - tolerance[0]);
+  near(limits[1], mean + tolerance[0]);
+  near(percent[2], 100 * error[2] / tolerance[0]);
+
+  // The accuracy row as it stands in the file.
+  const std::string row =
+      lines_of(contents("accuracy/hp3458a.acc")).at(static_cast<std::size_t>(accuracy[0]) - 1);
+  const auto columns = numbers_of(row);
+  ASSERT_GE(columns.size(), 4U) << row;
+  EXPECT_TRUE(columns[0] <= 3 && 3 <= columns[1]) << row;
+  const double system = columns[2] / 100 * 3 + columns[3];
+  near(of("System tolerance").front(), system);
+  near(of("TUR").back(), tolerance[0] / system);
+
+  const double scatter = std::sqrt(squares / 4 / 5), resolution = 0.0001 / std::sqrt(12.0);
+  EXPECT_NEAR(u2[2], scatter, 2e-9);
+  const double standard = std::hypot(system / 2, scatter, resolution);
+  EXPECT_NEAR(u1[0], 100 * std::pow(system / 2 / standard, 2), 0.06);
+  EXPECT_NEAR(u1[0] + u2[0], 100, 0.11);
+  EXPECT_NEAR(of("Standard uncertainty").front(), standard, 1e-9);
+  EXPECT_NEAR(of("Expanded uncertainty").front(), 2 * standard, 2e-9);
+  EXPECT_NEAR(guard[3], tolerance[0] - 2 * standard, 2e-9);
+  EXPECT_NEAR(guard[4], 100 * error[2] / guard[3], 1e-5);
+  EXPECT_NEAR(guard[5], 100 * error[2] / (tolerance[0] + 2 * standard), 1e-3);
+
+  // What stands in the result is the same.
+  const nlohmann::json result = events("result").at(0);
+  EXPECT_TRUE(facts.at("Verdict").starts_with(result["status_text"].get<std::string>()))
+      << facts.at("Verdict");
+  const std::string line1 = result["line1"];
+  EXPECT_EQ(std::stod(line1.substr(29)), error[1]) << line1;
+  EXPECT_EQ(std::stod(line1.substr(73)), std::round(percent[2])) << line1;
+}
+
 // list | compile gives the same file again, compile | list the same text.
 TEST_F(Demo, TheGeneratorIsCalibratedWithoutAHand) {
   demo();
@@ -124,7 +215,7 @@ TEST_F(Demo, EverySourceComesRoundBothWays) {
     EXPECT_EQ(run_process(ovproc({"check", path("again/" + file)})).status, 0);
     ++sources;
   }
-  EXPECT_EQ(sources, 5);
+  EXPECT_EQ(sources, 6);
   EXPECT_EQ(contents("again/proc.dir"), contents("procedures/proc.dir"));
 }
 

@@ -33,13 +33,16 @@ TEST_F(Terminal, TheDemoIsAnsweredByLettersNumbersAndEnter) {
   when("--- Test result ---", "c\n");  // Continue, Cancel result and Comment begin so
   when("Please type the number or the first letters of a button.", "com\n");
   when("--- Comment ---", "1\n");  // no button: the text is taken whole
-  when("--- Test result ---", "cont\n");
+  when("?) why this verdict", "?\n");
+  when("Verdict ", "cont\n");  // the window still waits
   for (const char* ohms : {"100.0 Ohm", "10.00 kOhm", "1.000 MOhm"}) when(std::string("the ") + ohms, "O\n");
   when("The verification is finished.", "\n");
   const Ended ended = process->wait();
   EXPECT_EQ(ended.status, 1);
   EXPECT_NE(ended.out.find("[1] Yes (Enter)   [2] No   [3] Terminate"), std::string::npos);
   EXPECT_NE(ended.out.find("Overall result: FAIL"), std::string::npos);
+  EXPECT_NE(ended.out.find("Accuracy              hp3458a.acc, line 25, mode \"Volts\""), std::string::npos)
+      << ended.out;
   EXPECT_NE(ended.out.find("\x1b[32m"), std::string::npos) << "a pass is green";
   EXPECT_NE(ended.out.find("\x1b[1;31m"), std::string::npos) << "a fail is red";
   EXPECT_NE(contents("work/rslt.tmp").find("0004.003 K 1\n"), std::string::npos);
