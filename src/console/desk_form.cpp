@@ -55,6 +55,7 @@ int ConsoleDesk::form_from_answers(Waiting& window, const Answer& answer) {
       return misfit(window);
     }
     enter_field(*field, value);
+    if (form.changed) form.changed(form);
     print(field->label + " " + field->text);
   }
   const int code = from_answer(window, answer);
@@ -86,6 +87,7 @@ ConsoleDesk::FieldEnd ConsoleDesk::ask_field(Waiting& window, FormField& field, 
     if (word == back_key) return FieldEnd::back;
     if (!entry->empty()) {
       enter_field(field, word.empty() ? std::string_view() : std::string_view(*entry));
+      if (window.form->changed) window.form->changed(*window.form);
       if (field.text != *entry) print("  = " + field.text);
     }
     const std::string fault = window.form->fault ? window.form->fault(field) : std::string();

@@ -10,6 +10,7 @@
 #include "console/bus_log_file.h"
 #include "console/command_line.h"
 #include "console/desk.h"
+#include "console/printing.h"
 #include "messages/encoding.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -92,6 +93,7 @@ class Session {
   int run() {
     platform().desk = &desk_;
     platform().events = &events_;
+    platform().printers = &printers_;
     const int status = open() ? run_or_list() : exit_failed;
     // With -AutoTest reports open no box; the reason of a failure is told all the same.
     if (status == exit_failed && !desk_.told_error() && !last_error().empty()) desk_.tell_fault(last_error());
@@ -188,6 +190,7 @@ class Session {
 
   const OvrunOptions& options_;
   Transcript transcript_;
+  ConsolePrinters printers_;
   ConsoleDesk desk_;
   ConsoleEvents events_{progress_of(options_.progress, desk_.status_line()), desk_};
   Answers answers_;

@@ -1,7 +1,10 @@
 #include "desktop/ask_window.h"
 
+#include <QFileDialog>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -22,13 +25,20 @@ AskBox::AskBox(QWidget* owner)
     : DeskWindow(owner),
       lines_(new TextPane(this)),
       field_(new QLineEdit(this)),
+      look_(new QPushButton(this)),
       understood_(new QLabel(this)) {
   field_->setFont(font_for(TextRole::prompt));
   understood_->setFont(font_for(TextRole::note));
   understood_->setTextFormat(Qt::PlainText);
   body()->addWidget(lines_, 1);
-  body()->addWidget(field_);
+  look_->setText(shown(msg(31340)));
+  look_->setAutoDefault(false);
+  auto* row = new QHBoxLayout;
+  row->addWidget(field_, 1);
+  row->addWidget(look_);
+  body()->addLayout(row);
   body()->addWidget(understood_);
+  connect(look_, &QPushButton::clicked, this, [this] { look_for_place(); });
   connect(field_, &QLineEdit::textChanged, this, [this] { show_understood(); });
 }
 
@@ -39,6 +49,7 @@ int AskBox::ask(const AskWindow& window, std::string& text) {
   field_->setMaxLength(static_cast<int>(std::min<std::size_t>(window.length, 32767)));
   field_->setText(shown(text));
   field_->selectAll();
+  look_->setVisible(window.names_a_file);
   const int width = std::clamp(static_cast<int>(window.length), least_field, widest_field);
   field_->setMinimumWidth(field_->fontMetrics().horizontalAdvance('0') * (width + 2));
   show_understood();
@@ -50,6 +61,14 @@ int AskBox::ask(const AskWindow& window, std::string& text) {
 }
 
 QWidget* AskBox::first_focus() { return field_; }
+
+// Whether a file of that name is replaced is asked by whoever writes it.
+void AskBox::look_for_place() {
+  const QString path = QFileDialog::getSaveFileName(this, windowTitle(), field_->text(), QString(), nullptr,
+                                                    QFileDialog::DontConfirmOverwrite);
+  if (!path.isEmpty()) field_->setText(path);
+  field_->setFocus(Qt::OtherFocusReason);
+}
 
 // A number that was not typed as the program writes it, with a comma or an exponent, is shown as it is taken.
 void AskBox::show_understood() {

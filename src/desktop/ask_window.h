@@ -4,6 +4,7 @@
 #include "desktop/window.h"
 
 class QLineEdit;
+class QPushButton;
 
 namespace orvane {
 
@@ -19,9 +20,11 @@ class AskBox : public DeskWindow {
 
  private:
   void show_understood();
+  void look_for_place();
 
   TextPane* lines_;
   QLineEdit* field_;
+  QPushButton* look_;  // for a place of a file
   QLabel* understood_;
 };
 

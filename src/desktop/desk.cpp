@@ -14,6 +14,7 @@
 #include "desktop/results_window.h"
 #include "desktop/test_window.h"
 #include "desktop/texts.h"
+#include "desktop/viewer_window.h"
 #include "desktop/wait_window.h"
 #include "messages/catalogue.h"
 
@@ -101,6 +102,7 @@ void DesktopDesk::close() {
   test_.reset();
   wait_.reset();
   live_.reset();
+  viewer_.reset();
   main_ = nullptr;
 }
 
@@ -128,7 +130,9 @@ void DesktopDesk::tell_gathered() {
 
 int DesktopDesk::lines(const LinesWindow& window) {
   if (gone_) return answer::terminate;
-  return main_ != nullptr ? the(lines_, main_).ask(window) : answer::failed;
+  if (main_ == nullptr) return answer::failed;
+  return window.kind == WindowKind::viewer ? the(viewer_, main_).view(window)
+                                           : the(lines_, main_).ask(window);
 }
 
 int DesktopDesk::ask(const AskWindow& window, std::string& text) {

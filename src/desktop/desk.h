@@ -19,6 +19,7 @@ class LiveBox;
 class MainWindow;
 class MessageBox;
 class TestBox;
+class ViewerBox;
 class WaitBox;
 
 class DesktopDesk : public Operator {
@@ -76,6 +77,7 @@ class DesktopDesk : public Operator {
   std::unique_ptr<TestBox> test_;
   std::unique_ptr<WaitBox> wait_;
   std::unique_ptr<LiveBox> live_;
+  std::unique_ptr<ViewerBox> viewer_;
   std::vector<DesktopWait*> waits_;  // open ones; the window shows the newest
   bool gone_ = false;
 };

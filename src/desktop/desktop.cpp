@@ -24,6 +24,8 @@
 #include "procedure/file/proc_dir.h"
 #include "procedure/pipeline/engine.h"
 #include "procedure/pipeline/run_test.h"
+#include "reports/report_settings.h"
+#include "reports/saved_results.h"
 #include "state/debug.h"
 #include "state/pump.h"
 #include "state/report.h"
@@ -67,6 +69,7 @@ bool enter_directory(const std::string& directory, EngineStart& start) {
 Desktop::Desktop() {
   platform().desk = &desk_;
   platform().events = &events_;
+  platform().printers = &printers_;
   qApp->installEventFilter(this);
   QObject::connect(qApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { leave(); });
 }
@@ -75,6 +78,7 @@ Desktop::~Desktop() {
   qApp->removeEventFilter(this);
   tres_close();
   desk_.close();
+  printers_.use(nullptr);
   main_.reset();
   engine_stop();
   platform() = Platform{.desk = nullptr, .clock = &system_clock(), .events = nullptr};
@@ -103,6 +107,7 @@ void Desktop::open(const DesktopOptions& options) {
   ends_behind_run_ = options.exit || !options.procedure.empty();
   const bool runs = !options.procedure.empty() || options.load;
   main_ = std::make_unique<MainWindow>();
+  printers_.use(main_.get());
   main_->on_command = [this](int id) { command(id); };
   main_->on_close = [this] { quit(); };
   if (!options.no_logo) main_->show_idle_text(shown(msg(30853)));
@@ -143,6 +148,15 @@ const Desktop::Action Desktop::actions[] = {
     {command::show_results,
      [](Desktop& d) { tres_open(d.main_.get(), run_state().has(run_flag::test_run)); }},
     {command::clear_results, [](Desktop&) { tres_clear(); }},
+    {command::results_file_1, [](Desktop& d) { d.with_results(open_saved_results); }},
+    {command::results_file_2, [](Desktop& d) { d.with_results(compare_saved_results); }},
+    {command::results_file_3,
+     [](Desktop& d) { d.with_results([](RunState&) { return delete_saved_results(); }); }},
+    {command::print_setup_0, [](Desktop& d) { d.in_command([&d] { d.printers_.choose(PrintUse::results); }); }},
+    {command::print_setup_1,
+     [](Desktop& d) { d.in_command([&d] { d.printers_.choose(PrintUse::certificates); }); }},
+    {command::print_setup_3, [](Desktop& d) { d.in_command(configure_margins); }},
+    {command::after_run, [](Desktop& d) { d.in_command(configure_reports); }},
 };
 
 void Desktop::command(int id) {
@@ -211,6 +225,10 @@ void Desktop::reset_instruments() {
   in_command([&] {
     if (bench_reset(run_state()) == BenchReset::done) msgp(30856);
   });
+}
+
+void Desktop::with_results(bool (*work)(RunState& run)) {
+  in_command([work] { static_cast<void>(work(run_state())); });
 }
 
 void Desktop::about() {

@@ -7,12 +7,14 @@
 
 #include "desktop/desk.h"
 #include "desktop/options.h"
+#include "desktop/printing.h"
 
 class QTimer;
 
 namespace orvane {
 
 class MainWindow;
+struct RunState;
 
 /// One desktop for the life of the program. It installs itself as the outside world of the engine.
 class Desktop : public QObject {
@@ -53,12 +55,14 @@ class Desktop : public QObject {
   void toggle_mode();
   void reset_instruments();
   void about();
+  void with_results(bool (*work)(RunState& run));
   void show_mode();
   void quit();
   void look_at_signals();
 
   DesktopDesk desk_;
   DesktopEvents events_;
+  DesktopPrinters printers_;
   std::unique_ptr<MainWindow> main_;
   QTimer* pulse_ = nullptr;
   DesktopOptions options_;

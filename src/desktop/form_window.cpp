@@ -36,13 +36,18 @@ std::string text_of(const QWidget* editor) {
   return typed(static_cast<const QLineEdit*>(editor)->text());
 }
 
-QWidget* choice_editor(const FormField& field) {
-  auto* box = new QComboBox;
+void fill_choices(QComboBox* box, const FormField& field) {
+  box->clear();
   for (const std::string& choice : field.choices) box->addItem(shown(choice));
   const int at = box->findText(shown(field.text), Qt::MatchFixedString);
   // A text that is none of the choices is shown as it is, and told as a fault when it is entered.
   if (at < 0) box->insertItem(0, shown(field.text));
   box->setCurrentIndex(std::max(at, 0));
+}
+
+QWidget* choice_editor(const FormField& field) {
+  auto* box = new QComboBox;
+  fill_choices(box, field);
   box->setEnabled(!field.read_only);
   return box;
 }
@@ -121,6 +126,8 @@ void FormBox::make_rows() {
     }
     Row row;
     row.editor = make_editor(field);
+    if (const auto* box = dynamic_cast<QComboBox*>(row.editor))
+      connect(box, &QComboBox::currentIndexChanged, this, [this] { follow(); });
     row.fault = new QLabel;
     row.fault->setTextFormat(Qt::PlainText);
     row.fault->setWordWrap(true);
@@ -146,6 +153,24 @@ void FormBox::make_rows() {
 void FormBox::read_fields() {
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     if (rows_[i].editor != nullptr) window_->fields[i].text = text_of(rows_[i].editor);
+  }
+}
+
+// Entries that others hang on are choices.
+void FormBox::follow() {
+  if (following_ || window_ == nullptr || !window_->changed) return;
+  following_ = true;
+  read_fields();
+  window_->changed(*window_);
+  show_choices();
+  following_ = false;
+}
+
+void FormBox::show_choices() {
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    if (auto* box = dynamic_cast<QComboBox*>(rows_[i].editor)) fill_choices(box, window_->fields[i]);
+    if (auto* check = dynamic_cast<QCheckBox*>(rows_[i].editor))
+      check->setChecked(shown(window_->fields[i].text).compare(shown(yes), Qt::CaseInsensitive) == 0);
   }
 }
 

@@ -28,12 +28,15 @@ class FormBox : public DeskWindow {
   void make_rows();
   QWidget* make_editor(const FormField& field);
   void read_fields();
+  void follow();        // an entry has changed a field
+  void show_choices();  // that the others made of it
 
   TextPane* lines_;
   QScrollArea* area_;
   QWidget* fields_ = nullptr;
   std::vector<Row> rows_;
   FormWindow* window_ = nullptr;  // while it waits
+  bool following_ = false;
 };
 
 }  // namespace orvane

@@ -10,7 +10,7 @@ constexpr int about = 100, results_file_2 = 110, results_file_1 = 120, abort = 1
               by_procedure = 150, by_workload = 160, run = 170, instruments = 180, print_setup_0 = 190,
               real_mode = 200, print_setup_1 = 210, reset = 220, exit = 230, configuration_1 = 235,
               configuration_2 = 240, print_setup_3 = 250, login = 260, database = 265, show_results = 270,
-              results_file_3 = 280, clear_results = 290, configuration_3 = 300;
+              results_file_3 = 280, clear_results = 290, configuration_3 = 300, after_run = 310;
 constexpr int first_tool = 1000, last_tool = 1019;
 }  // namespace command
 

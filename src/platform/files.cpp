@@ -30,13 +30,21 @@ std::optional<std::uint64_t> file_size(const std::string& path) {
   return size;
 }
 
+std::optional<std::uint64_t> free_space(const std::string& folder) {
+  std::error_code error;
+  const fs::space_info space = fs::space(folder, error);
+  if (error) return std::nullopt;
+  return space.available;
+}
+
 bool join_path(std::string& out, std::size_t limit, std::string_view directory, std::string_view name) {
   std::string joined;
   if (directory.empty() || fs::path(name).is_absolute()) {
     joined = name;
   } else {
     joined = directory;
-    if (joined.back() != '\\' && joined.back() != '/') joined += static_cast<char>(fs::path::preferred_separator);
+    if (joined.back() != '\\' && joined.back() != '/')
+      joined += static_cast<char>(fs::path::preferred_separator);
     joined += name;
   }
   if (joined.size() >= limit) return false;

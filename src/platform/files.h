@@ -17,6 +17,9 @@ bool is_ordinary_file(const std::string& path);
 /// Size in bytes; nothing if the file cannot be asked.
 std::optional<std::uint64_t> file_size(const std::string& path);
 
+/// Bytes that a file of this folder may still grow by; nothing if the system does not tell.
+std::optional<std::uint64_t> free_space(const std::string& folder);
+
 /// What tells a file from the file that stood there before: read it again when the stamp differs. A file that was
 /// written twice within the grain of the system's clock may keep its times, so a young stamp proves nothing.
 struct FileStamp {

@@ -87,6 +87,7 @@ struct AskWindow {
   std::vector<Button> buttons;
   std::size_t length = 0;
   bool echo = true;
+  bool names_a_file = false;  // to be written; a front end may offer to look for a place
 };
 
 /// A list of which one row is chosen. Rows are asked for as they are shown; tabs part the columns of a row.
@@ -139,6 +140,9 @@ struct FormWindow {
   /// Why the field cannot be taken as it stands, in words; empty if it can. With a fault in any field the first
   /// button tells it, goes to that field and keeps the window open. Never unset.
   std::function<std::string(const FormField& field)> fault;
+  /// Called when an entry has changed a field, so that others can follow: it may change the texts and choices of
+  /// choice and check fields. May be unset.
+  std::function<void(FormWindow& window)> changed = {};
 };
 
 struct LabelledText {

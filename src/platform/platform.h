@@ -8,6 +8,7 @@
 namespace orvane {
 
 class Operator;
+class PrinterSystem;
 class SerialSystem;
 
 /// Time and sleep. The tick counter counts milliseconds and wraps after 2^32 of them (49.7 days).
@@ -28,10 +29,11 @@ class EventLoop {
 };
 
 struct Platform {
-  Operator* desk = nullptr;        // none: messages are lost and every window fails
-  Clock* clock = nullptr;          // never null: the system's clock until another one is set
-  EventLoop* events = nullptr;     // none: a turn does nothing
-  SerialSystem* serial = nullptr;  // none: the ports of the system
+  Operator* desk = nullptr;           // none: messages are lost and every window fails
+  Clock* clock = nullptr;             // never null: the system's clock until another one is set
+  EventLoop* events = nullptr;        // none: a turn does nothing
+  SerialSystem* serial = nullptr;     // none: the ports of the system
+  PrinterSystem* printers = nullptr;  // none: nothing can be printed
 };
 
 Platform& platform();
