@@ -19,6 +19,8 @@
 #include "desktop/results_window.h"
 #include "desktop/window.h"
 #include "messages/catalogue.h"
+#include "reports/post_run.h"
+#include "reports/report_settings.h"
 #include "state/buttons.h"
 #include "state/run_state.h"
 
@@ -316,6 +318,36 @@ void forms(DesktopDesk& desk) {
       [](QWidget& window) { dynamic_cast<DeskWindow&>(window).press(answer::ok); });
 }
 
+// The viewer of reports, and the windows of what follows a run.
+void reports(DesktopDesk& desk) {
+  LinesWindow window;
+  window.kind = WindowKind::viewer;
+  window.title = "Results";
+  window.lines = {"                          CALIBRATION RESULTS",
+                  "",
+                  "  Unit     Hand-held multimeter                 Serial number   4711",
+                  "  Date     2026-11-23                           Operator        M. Keller",
+                  "",
+                  "  TEST    RANGE INDICATED      ACTUAL         MODIFIER        ERROR        %TOL"};
+  for (int i = 1; i <= 40; ++i)
+    window.lines.push_back("    " + std::to_string(i) + (i < 10 ? " " : "") +
+                           "    10      10mV           10.001mV       1kHz            -100     ppm  71");
+  window.buttons = {
+      {answer::ok, msg(31294), true}, {45, msg(31295)}, {47, msg(31296)}, {46, msg(31330)}, {48, msg(31331)}};
+  picture_of("report", [&] { desk.lines(window); });
+
+  const QString settings = scratch + "/post.ini";
+  use_user_settings(settings.toStdString());
+  for (const char* key : {"postmenu", "macro_view"})
+    static_cast<void>(put_user_setting("Configuration", key, "15"));
+  static_cast<void>(put_user_setting("Page Margin", "page", "1"));
+  picture_of(
+      "post-run", [] { static_cast<void>(post_run(run_state())); },
+      [](QWidget&) { QTimer::singleShot(200, qApp, [] { waiting_window()->press(answer::yes); }); });
+  picture_of("page-layout", configure_margins);
+  picture_of("macro", rtconf_macro_proc);
+}
+
 void decisions(DesktopDesk& desk) {
   picture_of("test-fail", [&] { desk.test(test_window("FAIL", result_colour::fail)); });
   picture_of("test-pass", [&] { desk.test(test_window("PASS", result_colour::pass)); });
@@ -407,6 +439,7 @@ int all() {
   const QString picture = bench_picture();
   texts(desktop.desk(), picture);
   lists(desktop.desk());
+  reports(desktop.desk());
   forms(desktop.desk());
   decisions(desktop.desk());
   bench(desktop.desk());

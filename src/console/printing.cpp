@@ -117,4 +117,6 @@ std::unique_ptr<Printer> ConsolePrinters::open(PrintUse) {
   return std::make_unique<TextPrinter>(path);
 }
 
+bool ConsolePrinters::has_printer(PrintUse) const { return !program_in_search_path(program).empty(); }
+
 }  // namespace orvane

@@ -94,11 +94,15 @@ class QtPrinter : public Printer {
   bool first_page_ = true;
 };
 
+QPrinterInfo chosen_info(const std::string& name) {
+  return name.empty() ? QPrinterInfo::defaultPrinter() : QPrinterInfo::printerInfo(shown_path(name));
+}
+std::string chosen_name(PrintUse use) { return user_setting(section_of(use), "name").value_or(""); }
+
 // The printer that was chosen for this use; null after a report.
 std::unique_ptr<QPrinter> chosen_printer(PrintUse use) {
-  const std::string name = user_setting(section_of(use), "name").value_or("");
-  const QPrinterInfo info =
-      name.empty() ? QPrinterInfo::defaultPrinter() : QPrinterInfo::printerInfo(shown_path(name));
+  const std::string name = chosen_name(use);
+  const QPrinterInfo info = chosen_info(name);
   if (info.isNull()) {
     errp(!name.empty() ? 2353 : QPrinterInfo::availablePrinterNames().isEmpty() ? 4856 : 2352);
     return nullptr;
@@ -129,12 +133,14 @@ std::unique_ptr<Printer> DesktopPrinters::open(PrintUse use) {
   return printer != nullptr ? std::make_unique<QtPrinter>(std::move(printer)) : nullptr;
 }
 
+bool DesktopPrinters::has_printer(PrintUse use) const { return !chosen_info(chosen_name(use)).isNull(); }
+
 void DesktopPrinters::choose(PrintUse use) {
   if (QPrinterInfo::availablePrinterNames().isEmpty()) {
     errp(4856);
     return;
   }
-  std::unique_ptr<QPrinter> printer = chosen_printer(use);
+  std::unique_ptr<QPrinter> printer = has_printer(use) ? chosen_printer(use) : nullptr;
   if (printer == nullptr) printer = std::make_unique<QPrinter>();
   QPrintDialog dialog(printer.get(), owner_);
   dialog.setOptions(QAbstractPrintDialog::PrintToFile);
@@ -167,8 +173,7 @@ std::unique_ptr<Printer> DesktopPrinters::open_pdf(const std::string& path) {
 
 void DesktopPrinters::preview(PrintUse use, std::string_view title,
                               const std::function<void(Printer&)>& draw) {
-  std::unique_ptr<QPrinter> printer;
-  if (!QPrinterInfo::availablePrinterNames().isEmpty()) printer = chosen_printer(use);
+  std::unique_ptr<QPrinter> printer = has_printer(use) ? chosen_printer(use) : nullptr;
   if (printer == nullptr) {
     // Without a printer the pages are shown all the same; they can be saved as a file.
     printer = std::make_unique<QPrinter>();

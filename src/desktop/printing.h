@@ -14,6 +14,7 @@ class DesktopPrinters : public PrinterSystem {
   void use(QWidget* owner) { owner_ = owner; }
 
   std::unique_ptr<Printer> open(PrintUse use) override;
+  bool has_printer(PrintUse use) const override;
   void choose(PrintUse use) override;
   bool makes_pages() const override { return true; }
   std::unique_ptr<Printer> open_pdf(const std::string& path) override;

@@ -42,6 +42,8 @@ class PrinterSystem {
   virtual ~PrinterSystem() = default;
   /// The printer that was chosen for this use, else the system's own; null if there is none.
   virtual std::unique_ptr<Printer> open(PrintUse use) = 0;
+  /// Asked without a report.
+  virtual bool has_printer(PrintUse use) const = 0;
 
   // What only some front ends can do.
   /// Lets the operator choose printer and paper, and keeps the choice.

@@ -121,8 +121,9 @@ void rtconf_dialog_proc() { edit_bits(msg(7002), "", window_bits); }
 
 void configure_margins() {
   if (platform().desk == nullptr) return;
-  const std::unique_ptr<Printer> printer =
-      platform().printers != nullptr ? platform().printers->open(PrintUse::results) : nullptr;
+  PrinterSystem* printers = platform().printers;
+  const bool checked = printers != nullptr && printers->has_printer(PrintUse::results);
+  const std::unique_ptr<Printer> printer = checked ? printers->open(PrintUse::results) : nullptr;
   // Without a printer only lengths are checked.
   const PageMetrics page = printer != nullptr
                                ? printer->metrics()

@@ -66,6 +66,7 @@ class RecordingPrinters : public PrinterSystem {
   bool none = false;
   std::vector<PrintUse> uses;
 
+  bool has_printer(PrintUse) const override { return !none; }
   std::unique_ptr<Printer> open(PrintUse use) override {
     uses.push_back(use);
     if (none) return nullptr;
