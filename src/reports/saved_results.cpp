@@ -116,7 +116,7 @@ bool compare_saved_results(RunState& run) {
   if (!found) return true;
   const auto left = choose(entries, msg(31321), 31320);
   if (!left) return true;
-  const std::string out = work_file("result.lst");
+  const std::string out = work_file("rslt.raw");
   return report_compare(run, saved_file_path(*found), saved_file_path(*left), out) &&
          view_report(msg(31322, found->number, left->number), out, PrintUse::results);
 }

@@ -18,6 +18,7 @@
 #include "state/instrument_state.h"
 #include "state/math_store.h"
 #include "state/pipeline_state.h"
+#include "state/report_state.h"
 #include "state/result_record.h"
 #include "state/serial_state.h"
 #include "state/test_values.h"
@@ -202,6 +203,7 @@ struct RunState {
   SampleLoop samples;
   std::vector<TestOutcome> outcomes;
   ResultList results;
+  ReportState report;
   PipelineState pipeline;
   std::vector<std::uint64_t> abort_at;  // scripted aborts, in increasing order
   std::string procedure_name;           // of the running procedure, as shown

@@ -52,6 +52,12 @@ const std::string* run_variable(const RunState& run, std::string_view name) {
   return at != list.end() && at->name == *folded ? &at->value : nullptr;
 }
 
+std::vector<std::pair<std::string, std::string>> run_variable_list(const RunState& run) {
+  std::vector<std::pair<std::string, std::string>> list;
+  for (const RunVariable& variable : run.pipeline.variables) list.emplace_back(variable.name, variable.value);
+  return list;
+}
+
 void run_variables_restart(RunState& run) { run.pipeline.variables = run.pipeline.entries; }
 
 void run_entries_clear(RunState& run) {

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "state/run_state.h"
 
@@ -23,6 +25,9 @@ void run_entry_set(RunState& run, std::string_view name, std::string_view value)
 
 /// The value, or null if the run has no such variable. Good until a variable is set or cleared.
 const std::string* run_variable(const RunState& run, std::string_view name);
+
+/// All of them, by name.
+std::vector<std::pair<std::string, std::string>> run_variable_list(const RunState& run);
 
 /// Forgets all variables but what the operator entered for this run.
 void run_variables_restart(RunState& run);
