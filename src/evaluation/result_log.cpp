@@ -88,9 +88,15 @@ int resolution(const FscRecord& record) {
 // Each closed by ":", which within a text becomes ";". Where they do not fit in `room`, the longest are cut: a reader
 // finds all nine.
 std::string closed_texts(const LogTexts& texts, std::size_t room) {
-  std::array all = {texts.description, texts.value,      texts.result,
-                    texts.lower_limit, texts.upper_limit, texts.accredited,
-                    texts.standard_uncertainty, texts.expanded_uncertainty, texts.coverage_factor};
+  std::array all = {texts.description,
+                    texts.value,
+                    texts.result,
+                    texts.lower_limit,
+                    texts.upper_limit,
+                    texts.accredited,
+                    texts.standard_uncertainty,
+                    texts.expanded_uncertainty,
+                    texts.coverage_factor};
   std::size_t length = 1;
   for (std::string& text : all) {
     std::replace(text.begin(), text.end(), ':', ';');

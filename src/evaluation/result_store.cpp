@@ -43,7 +43,8 @@ ResultValue& place_for(ResultRecord& record, ResultField field) {
   value.field = field;
   // The room of the texts that are replaced.
   value.text_at = before.text_at;
-  value.text_size = static_cast<std::uint16_t>(std::min<std::size_t>(longest_text, before.text_size + before.printed_size));
+  value.text_size =
+      static_cast<std::uint16_t>(std::min<std::size_t>(longest_text, before.text_size + before.printed_size));
   return value;
 }
 
@@ -194,7 +195,7 @@ TypedQuantity r_nominal(const RunState& run, const FscRecord& record) {
   if (code == fsc::memc || code == fsc::memcx) {
     const QuantitySlot& slot = run.slots.text_nominal;
     if ((slot.flags & QuantitySlot::value_given) != 0)
-      return {slot.value, slot.digits, slot.prefix, slot.unit, (slot.flags & QuantitySlot::exponent) != 0,
+      return {slot.value,    slot.digits, slot.prefix, slot.unit, (slot.flags & QuantitySlot::exponent) != 0,
               slot.unit_text};
     DimValue typed;
     if (!dim_parse_listing(record.text(field::memc_nominal), typed)) return {};

@@ -107,7 +107,7 @@ struct Piece {
 struct Slot {
   int step = 0;
   std::uint8_t flags = 0;
-  std::uint32_t next = none;  // slot of another step of the same test number
+  std::uint32_t next = none;                          // slot of another step of the same test number
   std::uint32_t first_run = none, latest_run = none;  // pieces
 };
 
@@ -277,7 +277,8 @@ class LogSort {
 
   static void write_word(std::string& out, std::size_t at, std::string_view word) {
     const std::size_t end = std::min(out.find('\n', at), out.size());
-    if (at + word.size() <= end) std::copy(word.begin(), word.end(), out.begin() + static_cast<std::ptrdiff_t>(at));
+    if (at + word.size() <= end)
+      std::copy(word.begin(), word.end(), out.begin() + static_cast<std::ptrdiff_t>(at));
   }
 
   void put_test(const Piece& piece, std::string& out) const {

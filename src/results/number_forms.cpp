@@ -58,7 +58,8 @@ std::string significant_text(double x, int n) {
     n -= magnitude_of(x);
     const double step = std::pow(10.0, 1 - n);
     // A step below one is a fraction that binary numbers do not have; its inverse is whole.
-    x = step >= 1 ? std::round(x / step) * step : std::round(x * std::pow(10.0, n - 1)) / std::pow(10.0, n - 1);
+    x = step >= 1 ? std::round(x / step) * step
+                  : std::round(x * std::pow(10.0, n - 1)) / std::pow(10.0, n - 1);
   } else if (amount >= 1) {
     n -= 1;
   }
@@ -79,11 +80,12 @@ int exponent_of(std::uint8_t prefix) {
     std::uint8_t prefix;
     int exponent;
   };
-  constexpr Row rows[] = {
-      {prefix_code::pico, -12}, {prefix_code::nano, -9},  {prefix_code::micro, -6},  {prefix_code::milli, -3},
-      {prefix_code::kilo, 3},   {prefix_code::mega, 6},   {prefix_code::giga, 9},    {prefix_code::atto, -18},
-      {prefix_code::exa, 18},   {prefix_code::femto, -15}, {prefix_code::peta, 15},  {prefix_code::tera, 12},
-      {prefix_code::yocto, -24}, {prefix_code::yotta, 24}, {prefix_code::zepto, -21}, {prefix_code::zetta, 21}};
+  constexpr Row rows[] = {{prefix_code::pico, -12},  {prefix_code::nano, -9},  {prefix_code::micro, -6},
+                          {prefix_code::milli, -3},  {prefix_code::kilo, 3},   {prefix_code::mega, 6},
+                          {prefix_code::giga, 9},    {prefix_code::atto, -18}, {prefix_code::exa, 18},
+                          {prefix_code::femto, -15}, {prefix_code::peta, 15},  {prefix_code::tera, 12},
+                          {prefix_code::yocto, -24}, {prefix_code::yotta, 24}, {prefix_code::zepto, -21},
+                          {prefix_code::zetta, 21}};
   const auto row =
       std::find_if(std::begin(rows), std::end(rows), [&](const Row& one) { return one.prefix == prefix; });
   return row != std::end(rows) ? row->exponent : 0;

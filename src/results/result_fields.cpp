@@ -7,9 +7,9 @@
 #include "evaluation/guardband.h"
 #include "evaluation/instrument_modes.h"
 #include "evaluation/judgement.h"
+#include "evaluation/memc.h"
 #include "evaluation/result_lines.h"
 #include "evaluation/result_log.h"
-#include "evaluation/memc.h"
 #include "evaluation/result_store.h"
 #include "evaluation/tolerance.h"
 #include "evaluation/uncertainty.h"
@@ -33,7 +33,9 @@ constexpr int error_digits = 6;       // significant ones
 constexpr int percent_digits = 4;     // the same, of a percent of tolerance
 constexpr int beyond_resolution = 2;  // decimals of a measured number more than the unit's resolution has
 
-bool is_comparison(const FscRecord& record) { return record.code() == fsc::memc || record.code() == fsc::memcx; }
+bool is_comparison(const FscRecord& record) {
+  return record.code() == fsc::memc || record.code() == fsc::memcx;
+}
 
 double factor_of(std::uint8_t prefix) {
   return prefix == prefix_code::absent ? 1.0 : prefix_multiplier(prefix);
@@ -42,7 +44,11 @@ double factor_of(std::uint8_t prefix) {
 class Catalogue {
  public:
   Catalogue(RunState& run, const FscRecord& statement, double reference)
-      : run_(run), statement_(statement), record_(*run.results.latest), test_(run.test), reference_(reference) {
+      : run_(run),
+        statement_(statement),
+        record_(*run.results.latest),
+        test_(run.test),
+        reference_(reference) {
     judged_ = brings_outcome(statement);
     go_no_go_ = !judged_ && (test_.test_state & test_bit::go_no_go) != 0;
     if (judged_) return;
@@ -107,7 +113,8 @@ class Catalogue {
 
   // As typed where that is known.
   bool put_typed(F field, std::string_view name, const TypedQuantity& typed, std::string_view units) {
-    int digits = digits_after_point(typed.digits), number_form = typed.exponent ? form::exponent : form::fixed;
+    int digits = digits_after_point(typed.digits),
+        number_form = typed.exponent ? form::exponent : form::fixed;
     if (typed.digits == 0) {
       digits = digits_for(record_, 1, typed.prefix);
       number_form = form::at_least;
@@ -148,8 +155,8 @@ class Catalogue {
     cardinal_ = nominal_;
     const std::string set = setting_text(run_, Setting::CPT);
     if (DimValue typed; !set.empty() && (dim_parse_exact(set, typed) || dim_parse_listing(set, typed)))
-      cardinal_ = {typed.value, typed.digits, typed.prefix, typed.unit, (typed.flags & DimValue::exponent) != 0,
-                   {}};
+      cardinal_ = {
+          typed.value, typed.digits, typed.prefix, typed.unit, (typed.flags & DimValue::exponent) != 0, {}};
     return put_typed(F::cardinal_point, "CPT", cardinal_, cardinal_.unit_text);
   }
   bool condition() {
@@ -172,8 +179,7 @@ class Catalogue {
     return !has_number() || put(F::deviation, "DEV", measured_ - fixed_, error_digits, form::general);
   }
   bool error() {
-    return !has_number() ||
-           put(F::error, "ERR", test_.indicated - test_.actual, error_digits, form::general);
+    return !has_number() || put(F::error, "ERR", test_.indicated - test_.actual, error_digits, form::general);
   }
   bool expected_value() {
     return judged_ || put(F::expected_value, "EXPV", fixed_, all_digits, form::general);
@@ -204,7 +210,8 @@ class Catalogue {
     TypedQuantity typed;
     if (!modifier_of(run_, statement_, typed)) return true;
     if (typed.digits == 0)
-      return put(F::mod1, "MOD1", typed.value, all_digits, form::general, typed.prefix, typed.unit, typed.unit_text);
+      return put(F::mod1, "MOD1", typed.value, all_digits, form::general, typed.prefix, typed.unit,
+                 typed.unit_text);
     return put_typed(F::mod1, "MOD1", typed, typed.unit_text);
   }
   bool measurement() { return !has_number() || put_measured(F::measurement, "MEAS"); }
@@ -240,15 +247,15 @@ class Catalogue {
     const bool passed = (record_.flags & result_bit::pass) != 0;
     const bool open = (record_.flags & result_bit::indeterminate) != 0;
     text(F::test_status_2, r_counts_as_failed(record_) ? "Fail" : "Pass");
-    return text(F::test_status, passed ? (open ? "Pass Indeterminate" : "Pass")
-                                       : (open ? "Fail Indeterminate" : "Fail"));
+    return text(F::test_status,
+                passed ? (open ? "Pass Indeterminate" : "Pass") : (open ? "Fail Indeterminate" : "Fail"));
   }
   bool step() {
     const int major = record_.test_major(), minor = record_.test_minor();
     const int outermost = static_cast<int>(record_.key[0] >> 16);
     text(F::test_step, formatted("%04d%c%03d", major, log_test_letter(run_, statement_), minor));
-    return text(F::test_step_2, run_.calls.empty() ? formatted("%04d", major)
-                                                   : formatted("%04d-%04d", outermost, major));
+    return text(F::test_step_2,
+                run_.calls.empty() ? formatted("%04d", major) : formatted("%04d-%04d", outermost, major));
   }
   bool test_tolerance() {
     return judged_ || (put_at_least(F::test_tolerance, "TEST_TOL", side_of_tolerance(test_)) &&
@@ -257,7 +264,8 @@ class Catalogue {
   }
   bool ratio() {
     if ((run_.accuracy.bits & ur_bit::tur) == 0 || judged_ || !std::isfinite(test_.tur)) return true;
-    return put(F::test_uncertainty_ratio, "TUR", test_.tur, 1, form::fixed, prefix_code::none, unit_code::none);
+    return put(F::test_uncertainty_ratio, "TUR", test_.tur, 1, form::fixed, prefix_code::none,
+               unit_code::none);
   }
   bool tolerance_error() {
     const std::optional<double>& percent = run_.decision.pct_signed;
@@ -266,7 +274,8 @@ class Catalogue {
   bool tolerance_refers_to() {
     if (judged_) return true;
     const int setting = setting_code(run_, Setting::TOL_REF);
-    return text(F::tolerance_reference, statement_.code() == fsc::memc && memc_number(statement_) ? "Procedure"
+    return text(F::tolerance_reference, statement_.code() == fsc::memc && memc_number(statement_)
+                                            ? "Procedure"
                                         : setting == 2 ? "System_Actual"
                                         : setting == 3 ? "UUT_Indicated"
                                                        : "Nominal");

@@ -30,7 +30,8 @@ std::vector<Sorting> sorted(const ResultList& list) {
   order.reserve(list.records.size());
   bool deep = false, in_order = true;
   for (const auto& record : list.records) {
-    const Sorting one{pair_of(record->key, 0), pair_of(record->key, 2), static_cast<std::uint32_t>(order.size())};
+    const Sorting one{pair_of(record->key, 0), pair_of(record->key, 2),
+                      static_cast<std::uint32_t>(order.size())};
     deep = deep || record->key[4] != 0;
     if (!order.empty()) {
       const Sorting& before = order.back();

@@ -16,7 +16,8 @@ namespace u = unit_code;
 constexpr int all_digits = 12;
 constexpr std::uint16_t mod2_impedance = 2;
 
-void put(ResultRecord& record, F field, double value, std::uint8_t prefix, std::uint8_t unit, std::string_view text) {
+void put(ResultRecord& record, F field, double value, std::uint8_t prefix, std::uint8_t unit,
+         std::string_view text) {
   r_set_value(record, field, 0, value, prefix, unit);
   static_cast<void>(r_set_printed(record, field, text.substr(0, printed_limit)));
 }
@@ -36,8 +37,8 @@ std::optional<F> field_of(std::uint8_t unit) {
   }
 }
 bool is_amplitude(std::uint8_t unit) {
-  constexpr std::array amplitudes = {u::volt, u::volt_p, u::volt_pp, u::amp, u::amp_p, u::amp_pp,
-                                     u::dbm,  u::dbuv,   u::dbmv};
+  constexpr std::array amplitudes = {u::volt,   u::volt_p, u::volt_pp, u::amp, u::amp_p,
+                                     u::amp_pp, u::dbm,    u::dbuv,    u::dbmv};
   for (const UnitCode one : amplitudes) {
     if (one == unit) return true;
   }
@@ -66,8 +67,13 @@ bool modifier_of(const RunState& run, const FscRecord& statement, TypedQuantity&
   if (code == fsc::memc || code == fsc::memcx) {
     DimValue typed;
     const std::string_view text = statement.text(field::memc_modifier);
-    if (text.empty() || !dim_parse_listing(text, typed) || (typed.flags & DimValue::number) == 0) return false;
-    out = {typed.value, typed.digits, typed.prefix, typed.unit, (typed.flags & DimValue::exponent) != 0,
+    if (text.empty() || !dim_parse_listing(text, typed) || (typed.flags & DimValue::number) == 0)
+      return false;
+    out = {typed.value,
+           typed.digits,
+           typed.prefix,
+           typed.unit,
+           (typed.flags & DimValue::exponent) != 0,
            typed.unit == u::none ? typed.unit_text : std::string()};
     return true;
   }

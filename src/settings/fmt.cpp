@@ -77,9 +77,9 @@ std::string in_capitals(std::string text) {
 std::string hexadecimal(double amount, const Directive& directive) {
   std::array<char, 256> room{};  // 120 digits and what stands around them
   char* const end = room.data() + room.size();
-  const auto made = directive.precision
-                        ? std::to_chars(room.data(), end, amount, std::chars_format::hex, *directive.precision)
-                        : std::to_chars(room.data(), end, amount, std::chars_format::hex);
+  const auto made = directive.precision ? std::to_chars(room.data(), end, amount, std::chars_format::hex,
+                                                        *directive.precision)
+                                        : std::to_chars(room.data(), end, amount, std::chars_format::hex);
   std::string text = std::isfinite(amount) ? "0x" : "";
   text.append(room.data(), made.ptr);
   return directive.style == 'A' ? in_capitals(std::move(text)) : text;
@@ -106,9 +106,9 @@ std::string with_point(std::string text, const Directive& directive) {
   if (text.find('.') == std::string::npos) text.insert(end++, 1, '.');
   if (directive.style != 'g' && directive.style != 'G') return text;
   const std::size_t first = std::min(text.find_first_of("123456789"), end);
-  std::size_t digits = static_cast<std::size_t>(
-      std::count_if(text.begin() + static_cast<std::ptrdiff_t>(first),
-                    text.begin() + static_cast<std::ptrdiff_t>(end), is_digit));
+  std::size_t digits =
+      static_cast<std::size_t>(std::count_if(text.begin() + static_cast<std::ptrdiff_t>(first),
+                                             text.begin() + static_cast<std::ptrdiff_t>(end), is_digit));
   const auto wanted = static_cast<std::size_t>(std::max(directive.precision.value_or(6), 1));
   if (digits == 0) digits = 1;  // of zero
   if (digits < wanted) text.insert(end, wanted - digits, '0');
