@@ -186,7 +186,7 @@ class LogSort {
       add(begin, line.kind);
       return 0;
     }
-    if (nests_.empty()) return at_fault("", 4650);
+    if (nests_.empty()) return outside(line, begin);
     if (line.kind == Kind::leave) {
       add(begin, line.kind);
       close_nest();
@@ -204,6 +204,13 @@ class LogSort {
       case Kind::comment: add(begin, line.kind); return 0;
       default: return run(nest, test, line, begin);
     }
+  }
+
+  // What was noted behind the last test of a run is written when the run has left its procedure.
+  int outside(const Line& line, std::uint32_t begin) {
+    if (line.kind != Kind::note && line.kind != Kind::comment) return at_fault("", 4650);
+    add(begin, line.kind);
+    return 0;
   }
 
   void adjust(Test& test, std::uint32_t begin) {

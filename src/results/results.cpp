@@ -75,16 +75,8 @@ bool write_pair(RunState& run, const ResultRoads* roads) {
 
 // ---- The results table ----
 
-std::string table_text() {
-  constexpr int own_words = 3038;
-  std::string text = msg(own_words);
-  return text.empty() || text.find(std::to_string(own_words)) != std::string::npos
-             ? "Writing to Results Table..."
-             : text;
-}
-
 bool write_table(RunState& run, const ResultRoads& roads) {
-  RowProgress progress(table_text(), run.results.records.size());
+  RowProgress progress(msg(3038), run.results.records.size());
   for (const auto& record : run.results.records) {
     progress.row();
     if (!roads.write_record(run, *record)) return false;
