@@ -326,6 +326,7 @@ constexpr KeyRow rows[] = {
     text("ib_driver", optional | library, &Config::ib_driver),
     text("com_names", optional, &Config::com_names),
     text("ib_copyright", optional, &Config::ib_copyright),
+    word("delimited_results", optional, yes_no, &Config::delimited_results),
     word("late_reply_clear", optional, yes_no, &Config::late_reply_clear),
 };
 // clang-format on

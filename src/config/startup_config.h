@@ -104,6 +104,7 @@ struct StartupConfig {
   std::string com_names;          // how the system names COM1, COM2 and so on, with commas between them
   std::string rht_file;           // readings of temperature and humidity
   std::int16_t rht_max_age = 60;  // minutes; 0: a reading of any age counts
+  std::int16_t delimited_results = 0;  // without a database the delimited pair is written all the same
 
 #ifdef _WIN32
   static constexpr const char* default_ib_driver = "gpib-32.dll";

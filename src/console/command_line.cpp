@@ -1,5 +1,6 @@
 #include "console/command_line.h"
 
+#include "console/results_file.h"
 #include "frontend/program_line.h"
 
 namespace orvane {
@@ -13,6 +14,12 @@ std::optional<int> parse_command_line(int argc, const char* const* argv, OvrunOp
       app.add_option("--record", options.record, "write all bus traffic to a file, as JSON Lines");
   app.add_option("--replay", options.replay, "run against such a file in place of the instruments")
       ->excludes(record);
+  app.add_option("--results", options.results,
+                 "write the results of the run to a file, every field: FILE.json or FILE.csv")
+      ->check([](const std::string& path) {
+        return is_results_name(path) ? std::string() : path + " ends neither in .json nor in .csv";
+      });
+  app.add_option("--junit", options.junit, "write the tests to a file as JUnit cases, for a build server");
   app.add_option("--progress", options.progress, "progress on standard error")
       ->check(CLI::IsMember({"auto", "plain", "none"}));
   app.add_flag("--explain", options.explain,

@@ -12,8 +12,10 @@ namespace orvane {
 struct OvrunOptions : ProgramOptions {
   std::string answers;  // a file, "-", or empty: the operator types
   std::string transcript;
-  std::string record;  // the bus traffic goes into this file
-  std::string replay;  // and comes from this one
+  std::string record;   // the bus traffic goes into this file
+  std::string replay;   // and comes from this one
+  std::string results;  // the results of the run go into this file, .json or .csv
+  std::string junit;    // the same as JUnit cases
   std::string progress = "auto";
   bool check_config = false;
   bool list = false;

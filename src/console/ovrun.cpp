@@ -11,6 +11,7 @@
 #include "console/command_line.h"
 #include "console/desk.h"
 #include "console/printing.h"
+#include "console/results_file.h"
 #include "messages/encoding.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -114,12 +115,24 @@ class Session {
     desk_.explain_results(options_.explain);
     if (!options_.record.empty() && !bus_record_file(options_.record)) return false;
     if (!options_.replay.empty() && !bus_replay_file(options_.replay)) return false;
+    if (!results_can_be_written()) return false;
     start_.config_path = options_.config.empty() ? default_config_path() : options_.config;
     start_.settings_path = options_.settings;
     start_.recover = false;  // a list of names touches no instrument, and a run recovers by itself
     if (options_.mode == "demo") start_.mode = RunMode::demo;
     if (options_.mode == "real" || (options_.mode.empty() && options_.bench)) start_.mode = RunMode::real;
     return options_.directory.empty() || enter_directory();
+  }
+
+  // Told now rather than when an afternoon's work is done.
+  bool results_can_be_written() {
+    for (const auto& [option, path] : {std::pair{&options_.results, &results_}, {&options_.junit, &junit_}}) {
+      if (option->empty()) continue;
+      std::error_code error;
+      *path = std::filesystem::absolute(*option, error).string();
+      if (error || is_directory(*path) || !may_write_beside(*path)) return errp(31191, *option);
+    }
+    return true;
   }
 
   bool enter_directory() {
@@ -166,7 +179,13 @@ class Session {
     if (result.tests > 0 || code == run_result::finished) print_closing(result, word, exit);
     if (exit == exit_pass && result.tests == 0) desk_.tell_fault(msg(30503));
     transcript_.run_end(options_.procedure, code, word, exit);
-    return exit;
+    return write_results(state, {options_.procedure, word, exit}) ? exit : exit_failed;
+  }
+
+  bool write_results(const RunState& state, const RunEnd& end) const {
+    const bool results = results_.empty() || write_results_file(state, end, results_);
+    const bool junit = junit_.empty() || write_junit_file(state, end, junit_);
+    return results && junit;
   }
 
   void print_closing(const OverallResult& result, std::string_view word, int exit) {
@@ -195,6 +214,7 @@ class Session {
   ConsoleEvents events_{progress_of(options_.progress, desk_.status_line()), desk_};
   Answers answers_;
   EngineStart start_;
+  std::string results_, junit_;  // paths from the folder of the start
 };
 
 int run_program(const OvrunOptions& options) {

@@ -11,7 +11,6 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t remark_width = result_column::condition - result_column::range;
-constexpr const char* no_remark = "Result of Operator Evaluation";
 
 bool failed(const RunState& run) { return (run.test.test_state & test_bit::failed) != 0; }
 
@@ -30,7 +29,8 @@ void lay_out(DecisionBlock& block, std::string_view remark, const std::string& f
 void format_evaluation(RunState& run, const FscRecord& record) {
   DecisionBlock& block = run.decision;
   const bool fails = failed(run);
-  block.remark = record.code() == fsc::eval && !run.test.remark.empty() ? run.test.remark : no_remark;
+  block.remark =
+      record.code() == fsc::eval && !run.test.remark.empty() ? run.test.remark : operator_evaluation;
   block.ind_text = run.test.kept_text;
   if ((debug_flags() & debug_bit::evaluation) != 0)
     debug_log("pt_format_result : EVAL FSC : %s", block.remark);

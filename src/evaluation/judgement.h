@@ -10,6 +10,9 @@
 
 namespace orvane {
 
+/// The remark of a judgement that has none of its own.
+constexpr const char* operator_evaluation = "Result of Operator Evaluation";
+
 /// EVAL, PICE and DOSE.
 bool brings_outcome(const FscRecord& record);
 

@@ -85,12 +85,27 @@ int resolution(const FscRecord& record) {
   return digits_after_point(digits);
 }
 
-std::string closed_texts(const LogTexts& texts) {
+// Each closed by ":", which within a text becomes ";". Where they do not fit in `room`, the longest are cut: a reader
+// finds all nine.
+std::string closed_texts(const LogTexts& texts, std::size_t room) {
+  std::array all = {texts.description,
+                    texts.value,
+                    texts.result,
+                    texts.lower_limit,
+                    texts.upper_limit,
+                    texts.accredited,
+                    texts.standard_uncertainty,
+                    texts.expanded_uncertainty,
+                    texts.coverage_factor};
+  std::size_t length = 1;
+  for (std::string& text : all) {
+    std::replace(text.begin(), text.end(), ':', ';');
+    length += text.size() + 1;
+  }
+  const auto shorter = [](const std::string& a, const std::string& b) { return a.size() < b.size(); };
+  for (; length > room; --length) std::max_element(all.begin(), all.end(), shorter)->pop_back();
   std::string out = ":";
-  for (const std::string* text :
-       {&texts.description, &texts.value, &texts.result, &texts.lower_limit, &texts.upper_limit,
-        &texts.accredited, &texts.standard_uncertainty, &texts.expanded_uncertainty, &texts.coverage_factor})
-    out += *text + ":";
+  for (const std::string& text : all) out += text + ":";
   return out;
 }
 
@@ -168,7 +183,7 @@ bool log_test(RunState& run, const FscRecord& record, const LogTexts& texts) {
   line += padded(value_text(run, record), value_width);
   line += hexadecimal(lower) + hexadecimal(upper);
   line += static_cast<char>('0' + resolution(record));
-  line += closed_texts(texts);
+  line += closed_texts(texts, log_line_limit - line.size());
   return write(run, {line, beginning + run.decision.line2});
 }
 

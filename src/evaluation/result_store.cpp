@@ -23,6 +23,8 @@ constexpr int engineering = 1, nominal = 2, prefix = 3;  // 4, scientific, is wh
 constexpr std::size_t values_step = 24;
 constexpr int exponent_of_prefix_step = 3;
 
+constexpr std::size_t longest_text = 0xFFFF;
+
 double factor_of(std::uint8_t prefix) {
   return prefix == prefix_code::absent ? 1.0 : prefix_multiplier(prefix);
 }
@@ -39,15 +41,15 @@ ResultValue& place_for(ResultRecord& record, ResultField field) {
   const ResultValue before = value;
   value = ResultValue();
   value.field = field;
-  // The room of a text that is replaced.
+  // The room of the texts that are replaced.
   value.text_at = before.text_at;
-  value.text_size = before.text_size;
+  value.text_size =
+      static_cast<std::uint16_t>(std::min<std::size_t>(longest_text, before.text_size + before.printed_size));
   return value;
 }
 
 void put_text(ResultRecord& record, ResultValue& value, std::string_view text) {
-  constexpr std::size_t longest = 0xFFFF;
-  text = text.substr(0, longest);
+  text = text.substr(0, longest_text);
   if (text.size() <= value.text_size) {
     std::copy(text.begin(), text.end(), record.texts.begin() + value.text_at);
   } else {
@@ -96,33 +98,8 @@ std::string engineering_text(const ResultValue& value) {
 
 // --- Quantities as typed -----------------------------------------------------------------------------------------
 
-struct Typed {
-  double value = 0;
-  std::uint8_t digits = 0, prefix = 0, unit = 0;
-  bool exponent = false;
-};
-
-Typed nominal_of(const RunState& run, const FscRecord& record) {
-  const std::uint16_t code = record.code();
-  if (code == fsc::memc || code == fsc::memcx) {
-    const QuantitySlot& slot = run.slots.text_nominal;
-    if ((slot.flags & QuantitySlot::value_given) != 0)
-      return {slot.value, slot.digits, slot.prefix, slot.unit, (slot.flags & QuantitySlot::exponent) != 0};
-    DimValue typed;
-    if (!dim_parse_listing(record.text(field::memc_nominal), typed)) return {};
-    const bool number = (typed.flags & DimValue::number) != 0;
-    return {number ? typed.value : run.registers.mem, number ? typed.digits : std::uint8_t{0}, typed.prefix,
-            typed.unit, (typed.flags & DimValue::exponent) != 0};
-  }
-  const QuantityField column = record.get(field::nominal);
-  const bool is_mem =
-      (column.flags & QuantityField::from_mem) != 0 || record.get(field::mod4) == mod4_code::c;
-  return {is_mem ? run.registers.mem : column.value, is_mem ? std::uint8_t{0} : column.digits, column.prefix,
-          column.unit, (column.flags & QuantityField::exponent) != 0};
-}
-
 // What the last digit is worth, in the number's own prefix; 0 where no digits were recorded.
-double last_digit(const Typed& typed) {
+double last_digit(const TypedQuantity& typed) {
   if (typed.digits == 0) return 0;
   double exponent = 0;
   if (typed.exponent && typed.value != 0.0) {
@@ -135,11 +112,12 @@ double last_digit(const Typed& typed) {
 }
 
 // What the operator read off the unit under test.
-std::optional<Typed> indicated_of(const RunState& run, const FscRecord& record, const Typed& nominal) {
+std::optional<TypedQuantity> indicated_of(const RunState& run, const FscRecord& record,
+                                          const TypedQuantity& nominal) {
   const TestValues& test = run.test;
   if (!is_source_statement(record.code()) || (test.test_state & test_bit::indicated_text) == 0)
     return std::nullopt;
-  Typed typed = nominal;
+  TypedQuantity typed = nominal;
   const std::string_view text = trim_blanks(test.indicated_text);
   if (scan_number(text, typed.value) == 0) return std::nullopt;
   typed.exponent = number_digits(text.substr(0, number_length(text)), typed.digits);
@@ -212,6 +190,34 @@ ResultRecord* r_alloc_result(RunState& run) {
   }
 }
 
+TypedQuantity r_nominal(const RunState& run, const FscRecord& record) {
+  const std::uint16_t code = record.code();
+  if (code == fsc::memc || code == fsc::memcx) {
+    const QuantitySlot& slot = run.slots.text_nominal;
+    if ((slot.flags & QuantitySlot::value_given) != 0)
+      return {slot.value,    slot.digits, slot.prefix, slot.unit, (slot.flags & QuantitySlot::exponent) != 0,
+              slot.unit_text};
+    DimValue typed;
+    if (!dim_parse_listing(record.text(field::memc_nominal), typed)) return {};
+    const bool number = (typed.flags & DimValue::number) != 0;
+    return {number ? typed.value : run.registers.mem,
+            number ? typed.digits : std::uint8_t{0},
+            typed.prefix,
+            typed.unit,
+            (typed.flags & DimValue::exponent) != 0,
+            typed.unit_text};
+  }
+  const QuantityField column = record.get(field::nominal);
+  const bool is_mem =
+      (column.flags & QuantityField::from_mem) != 0 || record.get(field::mod4) == mod4_code::c;
+  return {is_mem ? run.registers.mem : column.value,
+          is_mem ? std::uint8_t{0} : column.digits,
+          column.prefix,
+          column.unit,
+          (column.flags & QuantityField::exponent) != 0,
+          {}};
+}
+
 bool r_begin_test(RunState& run, const FscRecord& record) {
   ResultRecord* result = r_alloc_result(run);
   if (result == nullptr) return false;
@@ -223,11 +229,11 @@ bool r_begin_test(RunState& run, const FscRecord& record) {
   // A test with an uncertainty fills twice as many fields; room for them all is taken at once.
   const bool samples = setting_code(run, Setting::NMEAS) > 0;
   result->values.reserve(samples ? 2 * values_step : values_step);
-  const Typed nominal = nominal_of(run, record);
+  const TypedQuantity nominal = r_nominal(run, record);
   const int decimals = digits_after_point(nominal.digits);
   r_set_value(*result, ResultField::nominal, decimals, nominal.value, nominal.prefix, nominal.unit, {},
               nominal.exponent);
-  const Typed read = indicated_of(run, record, nominal).value_or(nominal);
+  const TypedQuantity read = indicated_of(run, record, nominal).value_or(nominal);
   const double resolution = last_digit(read);
   if (resolution > 0)
     r_set_value(*result, ResultField::uut_resolution, digits_after_point(read.digits), resolution,
@@ -291,9 +297,26 @@ void r_set_integer(ResultRecord& record, ResultField field, std::int32_t value) 
   stored.text_size = 0;
 }
 
+bool r_set_printed(ResultRecord& record, ResultField field, std::string_view printed) {
+  const std::uint8_t place = record.places[static_cast<std::size_t>(field)];
+  if (place == 0 || printed.size() > printed_limit) return false;
+  ResultValue& value = record.values[place - 1U];
+  const std::string unit(record.text_of(value));
+  const bool fits = printed.size() == value.printed_size;
+  if (!fits) {
+    value.text_at = static_cast<std::uint32_t>(record.texts.size());
+    record.texts.append(printed).append(unit);
+    value.printed_size = static_cast<std::uint8_t>(printed.size());
+  } else {
+    std::copy(printed.begin(), printed.end(), record.texts.begin() + value.text_at);
+  }
+  return true;
+}
+
 std::string r_text(const ResultRecord& record, ResultField field) {
   const ResultValue* value = record.find(field);
   if (value == nullptr) return {};
+  if (value->printed_size != 0) return std::string(record.printed(*value));
   switch (result_field_row(field).kind) {
     case ResultKind::text: return std::string(record.text_of(*value));
     case ResultKind::integer: return std::to_string(static_cast<std::int32_t>(value->raw));

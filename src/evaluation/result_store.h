@@ -25,6 +25,16 @@ ResultRecord* r_alloc_result(RunState& run);
 /// more than 15 on one side of the point) has none, and the field stays empty.
 [[nodiscard]] bool r_begin_test(RunState& run, const FscRecord& record);
 
+/// A quantity as a statement has it. A number from MEM has no digits.
+struct TypedQuantity {
+  double value = 0;
+  std::uint8_t digits = 0;  // digits byte, see number_digits()
+  std::uint8_t prefix = 0, unit = 0;
+  bool exponent = false;
+  std::string unit_text = {};  // of a comparison: as written, also where it has no code
+};
+TypedQuantity r_nominal(const RunState& run, const FscRecord& record);
+
 /// Takes the latest record back; the one before becomes the latest. False if there is none.
 [[nodiscard]] bool r_withdraw_latest(RunState& run);
 
@@ -41,7 +51,13 @@ void r_set_value(ResultRecord& record, ResultField field, int resolution, double
 void r_set_text(ResultRecord& record, ResultField field, std::string_view text);
 void r_set_integer(ResultRecord& record, ResultField field, std::int32_t value);
 
-/// The text of a field: the number in its form, the text, the whole number; empty for a field that is not filled.
+/// Keeps the printed text of a number that is filled. False, with nothing changed, if it is not, or for a text of more
+/// than printed_limit characters.
+constexpr std::size_t printed_limit = 255;
+[[nodiscard]] bool r_set_printed(ResultRecord& record, ResultField field, std::string_view printed);
+
+/// The text of a field: the printed text of a number or, where none was made, the number in its form, the text, the
+/// whole number; empty for a field that is not filled.
 std::string r_text(const ResultRecord& record, ResultField field);
 /// The unit text of a number, by its code or its own.
 std::string_view r_units(const ResultRecord& record, const ResultValue& value);

@@ -1,7 +1,8 @@
 // What a run keeps of each test: its quantities by name, as the results table of the database and the reports take them.
 //
 // A record holds filled fields only: a number with its unit, a text, or a whole number, each a row of 24 bytes, and the
-// texts one behind the other. The number of a field is kept as a number; its text is made when it is asked for.
+// texts one behind the other. A number is kept as a number, and beside it the text that the test gave it: reports show
+// what was shown, whatever the procedure asks of later tests.
 #pragma once
 
 #include <array>
@@ -58,18 +59,19 @@ struct ResultFieldRow {
 /// All fields in their order.
 const ResultFieldRow& result_field_row(ResultField field);
 
-/// One quantity of a result.
+/// One quantity of a result. ResultRecord::texts holds its printed text and, behind it, its text or unit text.
 struct ResultValue {
   static constexpr std::uint16_t filled = 0x0001, has_value = 0x0002, exponent_form = 0x0004;
   double raw = 0;
-  std::uint32_t text_at = 0;  // of a text or of a unit text of its own, in ResultRecord::texts
-  std::uint16_t text_size = 0;
+  std::uint32_t text_at = 0;
+  std::uint16_t text_size = 0;  // of a text or of a unit text of its own
   std::uint16_t status = 0;
   ResultField field = ResultField::count;
   std::uint8_t resolution = 0;   // digits behind the point
   std::uint8_t prefix = 0;       // prefix code
   std::uint8_t units_code = 0;   // unit code
   std::uint8_t engineering = 0;  // 1: the exponent is a multiple of 3
+  std::uint8_t printed_size = 0;  // of the printed text; 0: none was made
 };
 static_assert(sizeof(ResultValue) == 24);
 
@@ -81,6 +83,10 @@ constexpr std::uint32_t pass = 0x00000002, notify_user = 0x00000004, marginal = 
                         indeterminate = 0x00010000, guardbanded = 0x00020000, guard_overflow = 0x00040000;
 }  // namespace result_bit
 
+/// Which test a result belongs to: the numbers of the CALLs that led to it, outermost first, then its own, each as
+/// test * 65536 + step; behind them 0. Keys compare in the order of the results table.
+using ResultKey = std::array<std::uint32_t, 9>;
+
 /// The result of one test.
 struct ResultRecord {
   /// With every field filled, readings apart.
@@ -88,6 +94,7 @@ struct ResultRecord {
 
   std::uint32_t flags = 0;  // result_bit
   std::uint16_t fsc = 0;
+  ResultKey key{};
   std::uint8_t display_form = 0;  // UFMT as the test began: 1 ENGR, 2 NOM, 3 PREFIX, 4 SCI
   std::uint8_t reading_prefix = 0, reading_unit = 0, reading_resolution = 0;
   double percent = 0;
@@ -95,16 +102,33 @@ struct ResultRecord {
   std::string texts;
   std::array<std::uint8_t, result_field_count> places{};  // by field: place in values from 1; 0 is empty
   std::vector<double> readings;
+  std::string reading_format;  // of FMT; empty: reading_resolution digits
+  std::string lines;           // both printed lines, a line break between them
+  std::uint32_t row = 0;       // in the table of the run, from 1; 0 while it runs
+
+  std::uint32_t test_place() const {
+    std::uint32_t own = 0;
+    for (const std::uint32_t level : key) {
+      if (level != 0) own = level;
+    }
+    return own;
+  }
+  int test_major() const { return static_cast<int>(test_place() >> 16); }
+  int test_minor() const { return static_cast<int>(test_place() & 0xFFFF); }
 
   const ResultValue* find(ResultField field) const {
     const std::uint8_t place = places[static_cast<std::size_t>(field)];
     return place != 0 ? &values[place - 1U] : nullptr;
   }
   std::string_view text_of(const ResultValue& value) const {
-    return std::string_view(texts).substr(value.text_at, value.text_size);
+    return std::string_view(texts).substr(value.text_at + value.printed_size, value.text_size);
+  }
+  std::string_view printed(const ResultValue& value) const {
+    return std::string_view(texts).substr(value.text_at, value.printed_size);
   }
   std::size_t memory() const {
-    return sizeof *this + values.capacity() * sizeof(ResultValue) + texts.capacity();
+    return sizeof *this + values.capacity() * sizeof(ResultValue) + texts.capacity() +
+           reading_format.capacity() + lines.capacity();
   }
 };
 

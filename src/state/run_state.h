@@ -155,11 +155,10 @@ struct ResultLog {
   std::vector<PendingNote> notes;
 };
 
-/// The outcome of one evaluated test, by the numbers of the CALLs that led to it and its own. A test that ran again
-/// stands again behind.
-struct TestOutcome {
-  std::vector<CallLevel> chain;
-  bool failed = false;
+/// A printf format that FMT has set for a field of the results.
+struct FmtEntry {
+  std::string name;
+  std::string value;
 };
 
 struct RunState {
@@ -201,7 +200,7 @@ struct RunState {
   ConnectionTable connections;
   ModifierBlocks modifiers;
   SampleLoop samples;
-  std::vector<TestOutcome> outcomes;
+  std::vector<FmtEntry> formats;  // of FMT, in the order of their names' first mention
   ResultList results;
   ReportState report;
   PipelineState pipeline;

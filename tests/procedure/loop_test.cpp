@@ -121,7 +121,7 @@ TEST_F(Loop, CancelTakesTheResultBackAndRepeats) {
   desk.reply(answer::test_cancel);
   EXPECT_EQ(go("Cancel"), run_result::finished);
   EXPECT_EQ(desk.results.size(), 2u);
-  EXPECT_EQ(run.outcomes.size(), 1u);
+  EXPECT_EQ(run.results.records.size(), 1u);
   EXPECT_NE(contents((folder / "rslt.tmp").string()).find("0001.002 c "), std::string::npos);
 }
 

@@ -26,6 +26,7 @@
 #include "procedure/run/flow.h"
 #include "procedure/run/loop.h"
 #include "procedure/run/post_test.h"
+#include "settings/fmt.h"
 #include "settings/vset.h"
 #include "state/debug.h"
 #include "state/error_log.h"
@@ -98,7 +99,7 @@ void engine_install() {
   for (const auto handlers :
        {flow_handlers(), register_handlers(), math_handlers(), evaluation_handlers(), settings_handlers(),
         operator_handlers(), bus_handlers(), reset_handlers(), connection_handlers(), driver_handlers(),
-        accuracy_handlers(), pipeline_handlers()})
+        accuracy_handlers(), fmt_handlers(), pipeline_handlers()})
     dispatch_install(handlers);
   post_test_install_standby(bench_standby);
   accuracy_install();

@@ -13,6 +13,7 @@
 #include "procedure/pipeline/run_reset.h"
 #include "procedure/pipeline/run_test.h"
 #include "procedure/run/call.h"
+#include "results/results.h"
 #include "state/report.h"
 #include "state/run_variables.h"
 #include "values/dates.h"
@@ -129,6 +130,7 @@ void finish_run(RunState& run) {
   log_close(run);
   write_marker(run, done);
   set_end_variables(run);
+  static_cast<void>(results_finish(run));  // what failed has been told; the results stay
 }
 
 void clear_display(RunState& run) {

@@ -9,6 +9,7 @@
 #include "platform/platform.h"
 #include "procedure/run/blocks.h"
 #include "procedure/run/capture.h"
+#include "settings/fmt.h"
 #include "settings/vset.h"
 #include "state/pump.h"
 #include "state/report.h"
@@ -35,7 +36,7 @@ std::uint32_t start_options() {
 void reset_draw(RunState& run) { run.draw = DrawSettings(); }
 void reset_options(RunState& run) { run.options = start_options(); }
 void reset_settings_list(RunState& run) { run.uut_settings.clear(); }
-void reset_outcomes(RunState& run) { run.outcomes.clear(); }
+void reset_formats(RunState& run) { fmt_clear(run); }
 void reset_vset(RunState& run) { run.vset.clear(); }
 void reset_messages(RunState&) { queue_clear(); }
 void reset_mess(RunState& run) { run.mess_lines.clear(); }
@@ -73,7 +74,7 @@ constexpr RunResetRow rows[] = {
     {"option letters", reset_options, ResetWhen::full},
     {"settings of the unit under test", reset_settings_list, ResetWhen::full},
     {"report variables", run_variables_restart, ResetWhen::full},
-    {"outcomes", reset_outcomes, ResetWhen::full},
+    {"formats of results", reset_formats, ResetWhen::full},
     {"results", reset_results, ResetWhen::full},
     {"run-time variables", reset_vset, ResetWhen::full},
     {"message queue", reset_messages, ResetWhen::full},

@@ -1,7 +1,5 @@
 #include "procedure/pipeline/run_test.h"
 
-#include <map>
-
 #include "config/startup_config.h"
 #include "instruments/accuracy_choice.h"
 #include "instruments/bench_load.h"
@@ -19,6 +17,7 @@
 #include "procedure/pipeline/select_procedure.h"
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
+#include "settings/fmt.h"
 #include "state/pump.h"
 #include "state/report.h"
 #include "state/run_variables.h"
@@ -217,6 +216,7 @@ class TestRun {
   void save() {
     if (!abandoned_ && roads_ != nullptr && !roads_->post_run(run_)) run_.set(run_flag::stop_test);
     run_.vset.clear();
+    fmt_clear(run_);
   }
 
   RunState& run_;
@@ -240,13 +240,6 @@ bool procedure_names(std::vector<std::string>& names) {
   return true;
 }
 
-OverallResult overall_result(const RunState& run) {
-  std::map<std::vector<CallLevel>, bool> latest;
-  for (const TestOutcome& outcome : run.outcomes) latest[outcome.chain] = outcome.failed;
-  OverallResult result;
-  result.tests = latest.size();
-  for (const auto& [chain, failed] : latest) result.failed += failed ? 1 : 0;
-  return result;
-}
+OverallResult overall_result(const RunState& run) { return r_count(run.results); }
 
 }  // namespace orvane

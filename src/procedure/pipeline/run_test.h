@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "results/result_list.h"
 #include "state/run_state.h"
 
 namespace orvane {
@@ -23,10 +24,6 @@ int run_test(RunState& run, std::string_view name);
 [[nodiscard]] bool procedure_names(std::vector<std::string>& names);
 
 /// The result of a run: of a test that ran more than once the last run counts.
-struct OverallResult {
-  std::size_t tests = 0;
-  std::size_t failed = 0;
-};
 OverallResult overall_result(const RunState& run);
 
 }  // namespace orvane

@@ -92,12 +92,6 @@ void show_procedure(RunState& run, const Procedure& procedure) {
   desk->status(status_row::revision, header_text(procedure, header_code::revision));
 }
 
-std::vector<CallLevel> call_chain(const RunState& run, std::int16_t major, std::int16_t minor) {
-  std::vector<CallLevel> chain = run.calls;
-  chain.push_back({major, minor});
-  return chain;
-}
-
 bool run_call(Statement& s) {
   const Procedure& calling = **s.procedure;
   const Caller caller{

@@ -16,9 +16,6 @@ constexpr int call_depth_limit = 8;
 /// or be null if the caller does not go on; statement.node and statement.record are no longer valid.
 bool run_call(Statement& statement);
 
-/// The chain of test numbers of a result: those of the CALLs that are open, outermost first, then the test's own.
-std::vector<CallLevel> call_chain(const RunState& run, std::int16_t major, std::int16_t minor);
-
 /// Shows name and revision of the running procedure on the status board and notes the name.
 void show_procedure(RunState& run, const Procedure& procedure);
 

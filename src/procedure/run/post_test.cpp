@@ -11,9 +11,10 @@
 #include "evaluation/tolerance.h"
 #include "platform/platform.h"
 #include "procedure/file/procedure.h"
-#include "procedure/run/call.h"
 #include "procedure/run/sample_loop.h"
 #include "procedure/run/test_dialog.h"
+#include "results/result_fields.h"
+#include "results/result_list.h"
 #include "settings/settings.h"
 #include "settings/vset.h"
 #include "state/fsc.h"
@@ -83,8 +84,6 @@ class PostTest {
   }
 
  private:
-  bool failed() const { return (run_.test.test_state & test_bit::failed) != 0; }
-
   // Tolerance and percent of tolerance. A result that is no number never becomes a decision.
   bool judge() {
     if (brings_outcome(record_)) {
@@ -149,10 +148,11 @@ class PostTest {
     return setting_code(run_, Setting::ResetUUT) == 0;
   }
 
-  // The result goes to the board, the log and the list; then the settings of this test lapse.
+  // The result goes to the list, the board and the log; then the settings of this test lapse.
   void publish() {
     format_result(run_, record_, percent_, reference_);
     keep_result();
+    field_catalogue(run_, record_, reference_);  // a field at fault has said so and stays empty
     Operator* const desk = platform().desk;
     const bool explains = desk != nullptr && desk->explains_results();
     if (explains || show_) dialog_.explanation = explain_test(run_, record_);
@@ -162,7 +162,7 @@ class PostTest {
       desk->result(line);
     }
     // A log that breaks has said so; the run goes on without it.
-    if (log_test(run_, record_, log_texts()))
+    if (log_test(run_, record_, log_texts(run_)))
       static_cast<void>(notes_write(run_, PendingNote::brace | PendingNote::rslt));
     vset_test_done(run_);
   }
@@ -170,35 +170,20 @@ class PostTest {
   // The record of the test, and what it counts in the overall result.
   void keep_result() {
     ResultRecord& result = *run_.results.latest;
-    result.flags |= run_.decision.result_flags | result_bit::is_evaluated;
+    const DecisionBlock& decision = run_.decision;
+    result.key = result_key(run_, record_);
+    result.flags |= decision.result_flags | result_bit::is_evaluated;
+    result.percent = decision.pct_value;
+    if ((decision.pct_flags & DecisionBlock::percent_capped) != 0 && decision.pct_signed)
+      result.flags |= result_bit::percent_above_500;
+    result.lines = decision.line1 + '\n' + decision.line2;
     r_set_integer(result, ResultField::rsm, setting_code(run_, Setting::RSM));
-    bool counts_as_failed = failed();
+    r_set_integer(result, ResultField::gb_result, setting_code(run_, Setting::GB_RESULT));
     if ((run_.guard.flags & GuardResult::overflow) != 0) result.flags |= result_bit::guard_overflow;
     if (run_.guard.applied) {
       result.flags |= result_bit::guardbanded;
-      const int by = setting_code(run_, Setting::GB_RESULT);
-      r_set_integer(result, ResultField::gb_result, by);
       r_set_text(result, ResultField::guardbanding_method, gb_method_name(run_.guard));
-      counts_as_failed = gb_counts_as_failed(run_.decision.result_flags, by);
     }
-    r_uncertainty(run_);
-    run_.outcomes.push_back({call_chain(run_, record_.test_major(), record_.test_minor()), counts_as_failed});
-  }
-
-  // The uncertainties behind a test line, in the digits of NSD.
-  LogTexts log_texts() {
-    LogTexts texts;
-    if (setting_code(run_, Setting::ACCRED) != 0) texts.accredited.assign(1, '*');
-    const UncertaintyBlock& block = run_.uncertainty;
-    if ((run_.test.test_state & test_bit::uncertainty) == 0) return texts;
-    const int decimals = setting_code(run_, Setting::NSD) - 1;
-    const auto text = [&](Quantity which) {
-      return block.valid(which) ? print_number(block[which], 'E', decimals) : std::string();
-    };
-    texts.standard_uncertainty = text(Quantity::std_unc);
-    texts.expanded_uncertainty = text(Quantity::exp_unc);
-    texts.coverage_factor = text(Quantity::cov_fac);
-    return texts;
   }
 
   void note_stop() {
@@ -248,8 +233,7 @@ class PostTest {
   // Cancel: the result is taken back, then the test runs again.
   bool withdraw() {
     static_cast<void>(log_line(run_, record_.test_major(), record_.test_minor(), log_letter::cancelled, ""));
-    if (run_.outcomes.empty() || !r_withdraw_latest(run_)) return errp(503);
-    run_.outcomes.pop_back();
+    if (!r_withdraw_latest(run_)) return errp(503);
     repeat_test(run_, procedure_);
     return true;
   }

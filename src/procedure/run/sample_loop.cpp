@@ -4,6 +4,7 @@
 #include "evaluation/system_accuracy.h"
 #include "evaluation/uncertainty.h"
 #include "procedure/file/procedure.h"
+#include "results/measurement_file.h"
 #include "settings/settings.h"
 
 namespace orvane {
@@ -69,7 +70,9 @@ bool finish(RunState& run, const FscRecord& record) {
   // What was worked out before the first reading holds for a single one; a mean wants its own.
   const bool anew = block.thrown + block.taken > 1 && (run.flags2 & run_flag2::uncertainty) != 0;
   if (anew && !ur_system_accuracy(run, record)) return false;
-  return !run.stopped() && unc_finish(run, record);
+  if (run.stopped() || !unc_finish(run, record)) return false;
+  static_cast<void>(mfile_write(run, record));  // a file at fault has been told, the run goes on
+  return true;
 }
 
 bool fails(RunState& run) {

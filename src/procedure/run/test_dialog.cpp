@@ -1,7 +1,9 @@
 #include "procedure/run/test_dialog.h"
 
 #include "config/startup_config.h"
+#include "evaluation/judgement.h"
 #include "evaluation/result_log.h"
+#include "evaluation/result_store.h"
 #include "messages/encoding.h"
 #include "platform/files.h"
 #include "platform/platform.h"
@@ -116,8 +118,15 @@ TestWindow make_window(const RunState& run, const FscRecord& record, const TestD
   return window;
 }
 
+// What the operator says of a test belongs to its result, behind what was judged.
+void keep_comment(ResultRecord& result, const std::string& comment) {
+  const std::string before = r_text(result, ResultField::remark);
+  const bool says_nothing = before.empty() || before == operator_evaluation;
+  r_set_text(result, ResultField::remark, says_nothing ? comment : before + "; " + comment);
+}
+
 // A comment for this test. False if the window or the log failed.
-bool comment(RunState& run, const FscRecord& record) {
+bool comment(RunState& run, const FscRecord& record, bool stopped) {
   AskWindow window;
   window.title = msg(7104);
   window.lines = {msg(4616, comment_limit)};
@@ -130,6 +139,7 @@ bool comment(RunState& run, const FscRecord& record) {
   if (code != answer::ok) return true;
   platform().desk->result_note(text, result_colour::comment);
   static_cast<void>(log_line(run, record.test_major(), record.test_minor(), log_letter::comment, text));
+  if (!stopped && run.results.latest != nullptr) keep_comment(*run.results.latest, text);
   return true;
 }
 
@@ -171,7 +181,7 @@ TestDecision pt_dialog(RunState& run, Procedure& procedure, const TestDialog& di
     const int code = desk->test(window);
     switch (code) {
       case answer::test_comment:
-        if (!comment(run, record)) return {answer::failed, false};
+        if (!comment(run, record, dialog.stopped)) return {answer::failed, false};
         break;
       case answer::test_list: {
         ProcNode* start =
