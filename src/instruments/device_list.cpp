@@ -254,6 +254,24 @@ void dev_clear_flags(std::uint16_t code, std::uint16_t flags) {
   change_flags(code, [flags](std::uint16_t& word) { word = static_cast<std::uint16_t>(word & ~flags); });
 }
 
+std::vector<std::string> dev_used_names() {
+  std::vector<std::string> names;
+  const auto is_used = [](const auto& row) { return (row.flags & device_flag::used) != 0; };
+  for (const InstrumentRecord& row : device_list().instruments) {
+    if (is_used(row)) names.emplace_back(instrument_name(row.code));
+    for (const InstrumentSlot& slot : row.slots) {
+      if (is_used(slot)) names.emplace_back(instrument_name(slot.code));
+    }
+  }
+  for (const GenericInstrument& row : device_list().generic) {
+    if (is_used(row)) names.push_back(row.name);
+  }
+  for (const ManualInstrument& row : device_list().manual) {
+    if (is_used(row)) names.push_back(row.name);
+  }
+  return names;
+}
+
 void dev_withdraw(std::uint16_t code) {
   InstrumentRecord* row = row_of(code);
   if (row == nullptr) return;

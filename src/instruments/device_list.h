@@ -95,6 +95,9 @@ constexpr std::uint16_t never_polled_code = 14;  // the model that must never be
 /// The configured rows that are not withdrawn, one at a call: `at` is 0 before the first. Null behind the last.
 const InstrumentRecord* dev_next_configured(std::size_t& at);
 
+/// The names of all that statements of this run have used, plug-ins and instruments without a driver as well.
+std::vector<std::string> dev_used_names();
+
 /// The row of a code, through the substitution table, unless it is withdrawn; null if there is none.
 const InstrumentRecord* dev_find(std::uint16_t code);
 /// Is this very code configured, not withdrawn, with all options of the mask?

@@ -6,6 +6,7 @@
 #include "config/profile.h"
 #include "config/startup_config.h"
 #include "config/user_settings.h"
+#include "config/value_grammar.h"
 #include "evaluation/correction.h"
 #include "evaluation/handlers.h"
 #include "evaluation/system_accuracy.h"
@@ -18,6 +19,7 @@
 #include "instruments/driver_table.h"
 #include "instruments/drivers/drivers.h"
 #include "instruments/reset_list.h"
+#include "instruments/standards.h"
 #include "platform/files.h"
 #include "procedure/file/memory.h"
 #include "procedure/operator/statements.h"
@@ -26,6 +28,7 @@
 #include "procedure/run/flow.h"
 #include "procedure/run/loop.h"
 #include "procedure/run/post_test.h"
+#include "reports/trace_file.h"
 #include "settings/fmt.h"
 #include "settings/vset.h"
 #include "state/debug.h"
@@ -77,6 +80,25 @@ bool run_std(Statement& s) {
   return true;
 }
 
+// A standard of the trace file, for STD. An overdue one is told before the run.
+StandardState traced_standard(std::string_view name) {
+  trace_rewind();
+  for (int state = 0; state == 0;) {
+    TraceRecord record;
+    if (!trace_next(record, state)) return StandardState::unknown;
+    if (state != 2 && same_word(record[TraceField::instrument_name], name))
+      return trace_is_overdue(record) ? StandardState::overdue : StandardState::known;
+  }
+  return StandardState::unknown;
+}
+
+// A fault in it has been told; the program goes on without it. Without a folder it may come into being later.
+void open_trace_file() {
+  trace_close();
+  const std::string& path = startup_config().trace;
+  if (!path.empty() && file_exists(path) && trace_open(path)) standard_source_add(traced_standard);
+}
+
 constexpr LoopHookRow loop_rows[] = {{LoopStep::check_instruments, cor_check},
                                      {LoopStep::system_accuracy, ur_system_accuracy}};
 
@@ -116,6 +138,7 @@ bool engine_start(RunState& run, const EngineStart& start) {
   use_user_settings(start.settings_path.empty() ? user_config_directory() + "/settings.ini"
                                                 : start.settings_path);
   if (!open_debug_log(path)) return false;
+  open_trace_file();
   run.demo_mode = demo_mode(run, start.mode);
   if (start.recover) static_cast<void>(dev_reload_if_changed());
   // Instruments that cannot be reset now are reset as the next run begins, or it does not begin.

@@ -7,12 +7,14 @@
 #include "evaluation/result_log.h"
 #include "instruments/bench.h"
 #include "instruments/device_list.h"
+#include "instruments/instrument_names.h"
 #include "platform/local_time.h"
 #include "platform/platform.h"
 #include "procedure/file/memory.h"
 #include "procedure/pipeline/run_reset.h"
 #include "procedure/pipeline/run_test.h"
 #include "procedure/run/call.h"
+#include "reports/trace_file.h"
 #include "results/results.h"
 #include "state/report.h"
 #include "state/run_variables.h"
@@ -90,6 +92,22 @@ void set_end_variables(RunState& run) {
   run_variable_set(run, "NUM_FAILED$", std::to_string(result.failed));
 }
 
+// What the run used: standards that STD named, instruments that statements drove, and those that the operator answered
+// for. A demonstration drives nothing: what it requires counts.
+void note_standards(RunState& run) {
+  std::vector<std::string> names = dev_used_names();
+  for (const RequiredInstrument& one : run.pipeline.required) {
+    using Served = RequiredInstrument::Served;
+    const bool counts = run.demo_mode ? one.served != Served::skipped : one.served == Served::by_hand;
+    if (counts) names.emplace_back(instrument_name(one.used != 0 ? one.used : one.code));
+  }
+  std::vector<std::string>& used = run.pipeline.standards_used;
+  for (std::string& name : names) {
+    if (!trace_used(run, name)) used.push_back(std::move(name));
+  }
+  if (trace_any_overdue(run)) run.pipeline.standard_overdue = true;
+}
+
 }  // namespace
 
 void write_marker(const RunState& run, std::string_view marker) {
@@ -125,6 +143,7 @@ bool initialise_run(RunState& run, const Procedure& procedure) {
 }
 
 void finish_run(RunState& run) {
+  note_standards(run);
   bench_end(run);
   mvar_clear(run);
   log_close(run);

@@ -17,6 +17,7 @@
 #include "procedure/pipeline/select_procedure.h"
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
+#include "reports/post_run.h"
 #include "settings/fmt.h"
 #include "state/pump.h"
 #include "state/report.h"
@@ -213,8 +214,14 @@ class TestRun {
     abandoned_ = result != run_result::finished;
   }
 
+  // A Test Run of the editor leaves no results.
+  bool follow_run() {
+    if (roads_ != nullptr) return roads_->post_run(run_);
+    return run_.has(run_flag::test_run) || post_run(run_);
+  }
+
   void save() {
-    if (!abandoned_ && roads_ != nullptr && !roads_->post_run(run_)) run_.set(run_flag::stop_test);
+    if (!abandoned_ && !follow_run()) run_.set(run_flag::stop_test);
     run_.vset.clear();
     fmt_clear(run_);
   }
