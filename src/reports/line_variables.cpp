@@ -212,9 +212,14 @@ void LineVariables::make(LineVariable variable) {
   const auto text_of = [&](V column) {
     return filled_[at(column)] ? views_[at(column)] : std::string_view();
   };
+  // What the limits lie around: what was indicated, of a judgement what was applied.
+  const auto middle = [&]() -> std::optional<double> {
+    const auto printed_number = quantity(text_of(letter_ == 'G' ? V::SA : V::UI)).number;
+    return printed_number ? printed_number : quantity(part(text1_, value_at, value_width)).number;
+  };
   const auto tolerance = [&]() -> std::optional<Tolerance> {
     const auto both = limits();
-    const auto centre = quantity(part(text1_, value_at, value_width)).number;
+    const auto centre = middle();
     if (!both || !centre) return std::nullopt;
     const Tolerance found{std::fabs(*centre - both->lower), std::fabs(both->upper - *centre)};
     // Both sides are of one tolerance where what was printed is only rounded.
@@ -226,7 +231,7 @@ void LineVariables::make(LineVariable variable) {
   const auto unit = [&] { return quantity(text_of(V::SA).empty() ? text_of(V::UI) : text_of(V::SA)).unit; };
   const auto share = [&]() -> std::optional<Tolerance> {
     const auto sides = tolerance();
-    const auto centre = quantity(part(text1_, value_at, value_width)).number;
+    const auto centre = middle();
     if (!sides || !centre || *centre == 0) return std::nullopt;
     return Tolerance{sides->neg / std::fabs(*centre), sides->pos / std::fabs(*centre)};
   };

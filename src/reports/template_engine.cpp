@@ -84,7 +84,10 @@ class Engine {
   }
 
   void end_line() {
-    if (out_.size() > line_begin_) out_ += '\n';
+    if (out_.size() > line_begin_) {
+      out_.erase(std::max(line_begin_, out_.find_last_not_of(' ') + 1));
+      out_ += '\n';
+    }
     line_begin_ = out_.size();
     column_ = 0;
     pad_ = false;

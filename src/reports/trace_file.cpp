@@ -1,7 +1,7 @@
 #include "reports/trace_file.h"
 
 #include <algorithm>
-#include <cctype>
+#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -50,9 +50,10 @@ std::string_view trimmed(std::string_view text) {
 }
 
 std::optional<int> interval_of(const std::string& text) {
-  const auto days = parse_short(text);
-  const bool digits = std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-  return digits && days ? std::optional<int>(*days) : std::nullopt;
+  int days = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), days);
+  const bool whole = error == std::errc() && end == text.data() + text.size() && days >= 0;
+  return whole ? std::optional<int>(days) : std::nullopt;
 }
 
 std::string date_text(const Date& date) {

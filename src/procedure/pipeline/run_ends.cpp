@@ -47,6 +47,10 @@ void set_start_variables(RunState& run, const Procedure& procedure) {
   run_variable_set(run, "PROC_NAME$", procedure.name);
   run_variable_set(run, "PROC_REV$", header_text(procedure, header_code::revision));
   set_dates(run, run.pipeline.times.started, "");
+  // What nobody was asked for is blank in a report, not its name.
+  for (const char* name : {"UUT_CODE$", "SER_NUM$", "OPERATOR_NAME$"}) {
+    if (run_variable(run, name) == nullptr) run_variable_set(run, name, "");
+  }
   const std::tm at = local_time(run.pipeline.times.started);
   run_variable_set(run, "TIME$", format_time("%T", at).value_or(""));
 }
