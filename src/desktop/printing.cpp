@@ -104,7 +104,13 @@ std::unique_ptr<QPrinter> chosen_printer(PrintUse use) {
   const std::string name = chosen_name(use);
   const QPrinterInfo info = chosen_info(name);
   if (info.isNull()) {
-    errp(!name.empty() ? 2353 : QPrinterInfo::availablePrinterNames().isEmpty() ? 4856 : 2352);
+    if (!name.empty()) {
+      errp(2353);
+    } else if (QPrinterInfo::availablePrinterNames().isEmpty()) {
+      errp(4856);
+    } else {
+      errp(2352);
+    }
     return nullptr;
   }
   auto printer = std::make_unique<QPrinter>(info);

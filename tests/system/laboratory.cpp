@@ -27,12 +27,15 @@ LaboratoryTest::LaboratoryTest() {
   folder = ::mkdtemp(pattern.data());
   fs::create_directory(folder / "procedures");
   fs::create_directory(folder / "work");
-  for (const char* part : {"instruments.txt", "inventory.txt", "accuracy", "corrections"})
+  for (const char* part :
+       {"instruments.txt", "inventory.txt", "accuracy", "corrections", "templates", "trace.txt"})
     fs::copy(fs::path(ORVANE_SOURCE_DIR "/demo") / part, folder / part, fs::copy_options::recursive);
   std::istringstream demo(read(ORVANE_SOURCE_DIR "/demo/orvane.ini"));
   std::string text;
-  for (std::string one; std::getline(demo, one);)
+  for (std::string one; std::getline(demo, one);) {
+    if (one.starts_with("postmenu")) continue;  // no window behind a run, but in the tests of it
     text += (one.starts_with("ib_driver") ? "ib_driver = " + built("libgpibsim.so") : one) + "\n";
+  }
   write("orvane.ini", text);
 }
 

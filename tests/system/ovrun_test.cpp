@@ -231,8 +231,12 @@ TEST_F(Ovrun, FindsTheConfigurationByTheEnvironment) {
   const std::string own = path("home/.config/orvane/orvane.ini");
   EXPECT_EQ(run_process(command).status, 3) << "no configuration anywhere";
   std::string text = contents("orvane.ini");
-  for (const std::string name : {"procedures", "work", "instruments.txt", "accuracy", "corrections"})
-    text.replace(text.find("= " + name), name.size() + 2, "= " + path(name));
+  for (const std::string name :
+       {"procedures", "work", "instruments.txt", "accuracy", "corrections", "templates"}) {
+    const std::string whole = "= " + path(name);
+    for (std::size_t at = 0; (at = text.find("= " + name, at)) != std::string::npos; at += whole.size())
+      text.replace(at, name.size() + 2, whole);
+  }
   write("home/.config/orvane/orvane.ini", text);
   EXPECT_EQ(run_process(command).out, "one\ntwo \xC2\xB5\n");
   std::filesystem::remove(own);
