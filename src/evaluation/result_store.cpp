@@ -161,7 +161,10 @@ UnitCode linear_unit(const UncertaintyBlock& block, UnitCode unit) {
 void store(const RunState& run, ResultRecord& record, const ChainRow& row, int resolution) {
   const UncertaintyBlock& block = run.uncertainty;
   if (!block.valid(row.quantity)) return;
-  const UnitCode test = run.test.unit;
+  UnitCode test = run.test.unit;
+  // A test whose system accuracy the procedure has set has no unit of a file: its own column tells it.
+  const ResultValue* nominal = record.find(R::nominal);
+  if (test == unit_code::none && run.test.tol_units.empty() && nominal != nullptr) test = nominal->units_code;
   const UnitCode unit = row.unit == Unit::none   ? unit_code::none
                         : row.unit == Unit::test ? test
                                                  : linear_unit(block, test);

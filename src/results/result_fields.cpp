@@ -430,6 +430,7 @@ bool format_uncertainty(RunState& run, std::string_view fmt_name, double value, 
 std::string quantity_text(const ResultRecord& record, ResultField field) {
   const ResultValue* value = record.find(field);
   if (value == nullptr) return {};
+  if (result_field_row(field).kind != ResultKind::value) return r_text(record, field);
   std::string unit(prefix_display(value->prefix).value_or(""));
   unit += value->text_size > 0 ? record.text_of(*value) : unit_display(value->units_code).value_or("");
   return r_text(record, field) + (unit.empty() ? "" : " ") + unit;
