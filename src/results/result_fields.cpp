@@ -18,6 +18,7 @@
 #include "results/signal_fields.h"
 #include "settings/fmt.h"
 #include "settings/settings.h"
+#include "state/fsc.h"
 #include "state/report.h"
 #include "values/numbers.h"
 #include "values/units.h"
@@ -52,7 +53,8 @@ class Catalogue {
     judged_ = brings_outcome(statement);
     go_no_go_ = !judged_ && (test_.test_state & test_bit::go_no_go) != 0;
     if (judged_) return;
-    nominal_ = r_nominal(run, statement);
+    has_columns_ = !fsc_is_named_parameter(statement.code());
+    nominal_ = has_columns_ ? r_nominal(run, statement) : TypedQuantity{.value = run.registers.mem};
     if (is_comparison(statement)) take_stated_unit();
     if (nominal_.unit != unit_code::none) nominal_.unit_text.clear();
     by_uut_ = go_no_go_ || unc_reading_place(run, statement) != ReadingPlace::actual;
@@ -208,7 +210,7 @@ class Catalogue {
   }
   bool modifier() {
     TypedQuantity typed;
-    if (!modifier_of(run_, statement_, typed)) return true;
+    if (!has_columns_ || !modifier_of(run_, statement_, typed)) return true;
     if (typed.digits == 0)
       return put(F::mod1, "MOD1", typed.value, all_digits, form::general, typed.prefix, typed.unit,
                  typed.unit_text);
@@ -283,7 +285,7 @@ class Catalogue {
   bool uncertainty();
   bool uut_indicated() { return !has_number() || put_side(F::uut_indicated, "UI", true); }
   bool uut_range() {
-    if (judged_) return true;
+    if (!has_columns_) return true;
     const RangeField range = statement_.get(is_comparison(statement_) ? field::memc_range : field::range);
     if ((range.flags & RangeField::automatic) != 0) record_.flags |= result_bit::automatic_range;
     if ((range.flags & RangeField::number) == 0) return true;
@@ -302,7 +304,7 @@ class Catalogue {
   }
   bool variable_quantity() { return !has_number() || put_measured(F::variable_quantity, "VARQ"); }
   bool signal() {
-    if (!judged_ && !is_comparison(statement_)) fill_signal_fields(run_, statement_, record_);
+    if (has_columns_ && !is_comparison(statement_)) fill_signal_fields(run_, statement_, record_);
     return true;
   }
 
@@ -319,6 +321,7 @@ class Catalogue {
   double reference_;
   TypedQuantity nominal_, cardinal_;
   bool judged_ = false, go_no_go_ = false, by_uut_ = false;
+  bool has_columns_ = false;  // RANGE, NOMINAL and MOD1; a statement with parameters by name has none
   double measured_ = 0, fixed_ = 0;
 };
 
@@ -401,11 +404,7 @@ bool Catalogue::uncertainty() {
 
 int field_catalogue(RunState& run, const FscRecord& statement, double reference) {
   if (run.results.latest == nullptr) return 0;
-  const int failed = Catalogue(run, statement, reference).fill();
-  std::string& texts = run.results.latest->texts;
-  // Doubling has left room that a long run would pay for a hundred thousand times.
-  if (texts.capacity() - texts.size() > texts.size() / 2) texts.shrink_to_fit();
-  return failed;
+  return Catalogue(run, statement, reference).fill();
 }
 
 bool format_field(const RunState& run, std::string_view fmt_name, double value, int digits, int form,

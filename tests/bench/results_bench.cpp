@@ -1,6 +1,7 @@
 // The steps behind a run, each as a whole process, for results_peer.py to put beside its peers:
 //
-//   results_bench sort IN OUT      lines by their key of eight numbers, as records, through r_sort()
+//   results_bench load IN OUT      lines with a key of eight numbers as records, written as they come
+//   results_bench sort IN OUT      the same, through r_sort()
 //   results_bench keep IN OUT      a running log through log_sort()
 //   results_bench build FOLDER N   N records with their fields
 //   results_bench csv FOLDER N     the same, written as the delimited pair
@@ -42,7 +43,7 @@ ResultKey key_of(std::string_view line) {
   return key;
 }
 
-int sort_lines(const char* in, const char* out) {
+int sort_lines(const char* in, const char* out, bool sorts) {
   const std::string text = read(in);
   ResultList& list = run_state().results;
   for (std::size_t at = 0; at < text.size();) {
@@ -53,7 +54,7 @@ int sort_lines(const char* in, const char* out) {
     list.records.push_back(std::move(record));
     at = end;
   }
-  r_sort(list);
+  if (sorts) r_sort(list);
   std::FILE* file = std::fopen(out, "wb");
   if (file == nullptr) return 1;
   for (const auto& record : list.records) std::fwrite(record->lines.data(), 1, record->lines.size(), file);
@@ -88,7 +89,7 @@ int delimited(const char* folder, int count, bool write) {
 int work(int argc, char** argv) {
   if (argc != 4) return 64;
   const std::string mode = argv[1];
-  if (mode == "sort") return sort_lines(argv[2], argv[3]);
+  if (mode == "sort" || mode == "load") return sort_lines(argv[2], argv[3], mode == "sort");
   if (mode == "keep") return log_sort(run_state(), argv[2], argv[3]) ? 0 : 1;
   return delimited(argv[2], std::atoi(argv[3]), mode == "csv");
 }
