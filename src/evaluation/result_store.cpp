@@ -322,12 +322,13 @@ bool r_set_printed(ResultRecord& record, ResultField field, std::string_view pri
     std::copy(printed.begin(), printed.end(), record.texts.begin() + value.text_at);
     return true;
   }
-  const std::string unit(record.text_of(value));
   // The texts of the value that was filled last make room.
   const bool is_last = value.text_at + value.printed_size + value.text_size == record.texts.size();
+  const std::string unit = value.text_size > 0 ? std::string(record.text_of(value)) : std::string();
   if (is_last) record.texts.resize(value.text_at);
   value.text_at = static_cast<std::uint32_t>(record.texts.size());
-  append_text(record.texts, std::string(printed).append(unit));
+  append_text(record.texts, printed);
+  if (!unit.empty()) append_text(record.texts, unit);
   value.printed_size = static_cast<std::uint8_t>(printed.size());
   return true;
 }

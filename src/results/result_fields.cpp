@@ -1,6 +1,7 @@
 #include "results/result_fields.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -40,6 +41,20 @@ bool is_comparison(const FscRecord& record) {
 
 double factor_of(std::uint8_t prefix) {
   return prefix == prefix_code::absent ? 1.0 : prefix_multiplier(prefix);
+}
+
+struct UncertaintyForm {
+  int digits, form;
+};
+UncertaintyForm uncertainty_form(RunState& run) {
+  constexpr int engineering = 1, nominal = 2, prefix = 3;  // UFMT
+  const int digits = setting_code(run, Setting::NSD);
+  switch (setting_code(run, Setting::UFMT)) {
+    case engineering: return {digits - 1, form::engineering};
+    case nominal: return {digits, form::significant};
+    case prefix: return {digits - 1, form::mantissa};
+    default: return {digits - 1, form::exponent};
+  }
 }
 
 class Catalogue {
@@ -90,17 +105,38 @@ class Catalogue {
   }
   bool put(F field, std::string_view name, double value, int digits, int number_form, std::uint8_t prefix,
            std::uint8_t unit, std::string_view units = {}) {
-    std::string text;
-    if (!std::isfinite(value) || !format_field(run_, name, value, digits, number_form, text)) return false;
+    if (!std::isfinite(value)) return false;
+    const std::string* text = printed(name, value, digits, number_form);
+    if (text == nullptr) return false;
     r_set_value(record_, field, digits, value, prefix, unit, units, number_form == form::exponent);
-    return r_set_printed(record_, field, text);
+    return r_set_printed(record_, field, *text);
   }
+
+  // The printed number. A test has the same one in many fields, so the latest are kept. Null after a report.
+  const std::string* printed(std::string_view name, double value, int digits, int number_form) {
+    const bool formatted = !name.empty() && !run_.formats.empty() && fmt_find(run_, name) != nullptr;
+    if (!formatted) {
+      for (const Printed& one : latest_) {
+        if (one.value == value && one.digits == digits && one.form == number_form) return &one.text;
+      }
+    }
+    Printed& next = latest_[++next_ % latest_.size()];
+    next = {value, digits, formatted ? 0 : number_form, {}};
+    return format_field(run_, name, value, digits, number_form, next.text) ? &next.text : nullptr;
+  }
+
   // A number of which a side of the test was made: it has the unit of the nominal and its digits.
   bool put_at_least(F field, std::string_view name, double value, int step = 0) {
-    return put(field, name, value, digits_for(record_, step, nominal_.prefix), form::at_least);
+    return put(field, name, value, own_digits(step), form::at_least);
   }
   bool put_percent(F field, std::string_view name, double value, int digits) {
     return put(field, name, value, digits, form::general, prefix_code::none, unit_code::percent);
+  }
+  // digits_for() a number in the prefix of the nominal; asked for again and again.
+  int own_digits(int step) {
+    int& digits = digits_[static_cast<std::size_t>(step)];
+    if (digits < 0) digits = digits_for(record_, step, nominal_.prefix);
+    return digits;
   }
   bool text(F field, std::string_view value) {
     if (!value.empty()) r_set_text(record_, field, value);
@@ -137,7 +173,7 @@ class Catalogue {
       if (typed.digits != 0) return put_typed(field, name, typed, nominal_.unit_text);
     }
     if (!has_resolution()) return put(field, name, measured_, all_digits, form::general);
-    return put(field, name, measured_, digits_for(record_, beyond_resolution, nominal_.prefix), form::fixed);
+    return put(field, name, measured_, own_digits(beyond_resolution), form::fixed);
   }
   // What was set: the nominal as typed, where it is that.
   bool put_fixed(F field, std::string_view name) {
@@ -323,6 +359,14 @@ class Catalogue {
   bool judged_ = false, go_no_go_ = false, by_uut_ = false;
   bool has_columns_ = false;  // RANGE, NOMINAL and MOD1; a statement with parameters by name has none
   double measured_ = 0, fixed_ = 0;
+  struct Printed {
+    double value = 0;
+    int digits = -1, form = 0;
+    std::string text = {};
+  };
+  std::array<Printed, 6> latest_;
+  std::size_t next_ = 0;
+  std::array<int, beyond_resolution + 1> digits_ = {-1, -1, -1};
 };
 
 // clang-format off
@@ -381,17 +425,20 @@ constexpr NameRow family_names[] = {
 
 bool Catalogue::uncertainty() {
   r_uncertainty(run_);
+  const UncertaintyForm shown = uncertainty_form(run_);
   const auto print = [&](F field, std::string_view name) {
     const ResultValue* value = record_.find(field);
     if (value == nullptr) return true;
-    std::string text;
-    return format_uncertainty(run_, name, value->raw, text) && r_set_printed(record_, field, text);
+    const std::string* text = printed(name, value->raw, shown.digits, shown.form);
+    return text != nullptr && r_set_printed(record_, field, *text);
   };
   bool sound = true;
   for (const NameRow& row : chain_names) sound = print(row.field, row.name) && sound;
   for (const NameRow& row : family_names) {
-    for (int i = 1; i <= component_count; ++i)
-      sound = print(result_field(row.field, i), row.name + std::to_string(i)) && sound;
+    for (int i = 1; i <= component_count; ++i) {
+      const std::string name = run_.formats.empty() ? std::string() : row.name + std::to_string(i);
+      sound = print(result_field(row.field, i), name) && sound;
+    }
   }
   // Over the tenth coefficient stands the one that was written last.
   for (const auto& [which, name] : {std::pair{Quantity::cs1, "CS1"}, std::pair{Quantity::cs2, "CS2"}}) {
@@ -416,14 +463,8 @@ bool format_field(const RunState& run, std::string_view fmt_name, double value, 
 }
 
 bool format_uncertainty(RunState& run, std::string_view fmt_name, double value, std::string& out) {
-  constexpr int engineering = 1, nominal = 2, prefix = 3;  // UFMT
-  const int digits = setting_code(run, Setting::NSD);
-  switch (setting_code(run, Setting::UFMT)) {
-    case engineering: return format_field(run, fmt_name, value, digits - 1, number_form::engineering, out);
-    case nominal: return format_field(run, fmt_name, value, digits, number_form::significant, out);
-    case prefix: return format_field(run, fmt_name, value, digits - 1, number_form::mantissa, out);
-    default: return format_field(run, fmt_name, value, digits - 1, number_form::exponent, out);
-  }
+  const UncertaintyForm shown = uncertainty_form(run);
+  return format_field(run, fmt_name, value, shown.digits, shown.form, out);
 }
 
 std::string quantity_text(const ResultRecord& record, ResultField field) {
