@@ -16,7 +16,8 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t line1_width = 80, value_width = 20;
-constexpr int procedure_indent = 8;
+// The first columns of a line without a test are those of the test's number in a report.
+constexpr int number_columns = 8;
 
 // One line whatever the text holds: a line break inside would forge a line of its own.
 void append_line(std::string& out, std::string_view text) {
@@ -163,10 +164,14 @@ bool log_line(RunState& run, int test, int step, char letter, std::string_view t
   return write(run, {head(test, step, letter).append(text)});
 }
 
+bool log_note(RunState& run, int test, int step, char letter, std::string_view text) {
+  return log_line(run, test, step, letter, std::string(number_columns, ' ').append(text));
+}
+
 char log_test_letter(RunState& run, const FscRecord& record) {
   if (is_memc(record)) {
     if (!run.accuracy.statement.has(AccStatement::met)) return log_letter::memc;
-    return setting_code(run, Setting::UUP) != 0 ? log_letter::acc_unit : log_letter::acc;
+    return run.accuracy.statement.has(AccStatement::unit_known) ? log_letter::acc_unit : log_letter::acc;
   }
   if (record.code() == fsc::eval || record.code() == fsc::pice) return log_letter::evaluation;
   if (record.code() == fsc::dose)
@@ -182,7 +187,9 @@ bool log_test(RunState& run, const FscRecord& record, const LogTexts& texts) {
   line += padded(run.decision.line1, line1_width);
   line += padded(value_text(run, record), value_width);
   line += hexadecimal(lower) + hexadecimal(upper);
-  line += static_cast<char>('0' + resolution(record));
+  // Behind an ACC with a unit of the table its prefix stands in the place of the digits.
+  const int digits = letter == log_letter::acc_unit ? run.accuracy.statement.prefix : resolution(record);
+  line += static_cast<char>('0' + digits);
   line += closed_texts(texts, log_line_limit - line.size());
   return write(run, {line, beginning + run.decision.line2});
 }
@@ -191,22 +198,21 @@ bool log_enter(RunState& run, int tests, std::string_view procedure) {
   run.log.adjusted = -1;
   const auto [test, step] = calling_test(run);
   return log_line(run, test, step, log_letter::enter,
-                  formatted("%*s%3d ENTER %s", procedure_indent, "", tests, procedure));
+                  formatted("%*s%3d ENTER %s", number_columns, "", tests, procedure));
 }
 
 bool log_leave(RunState& run, std::string_view procedure) {
   run.log.adjusted = -1;
   const auto [test, step] = calling_test(run);
   return log_line(run, test, step, log_letter::leave,
-                  formatted("%*s    LEAVE %s", procedure_indent, "", procedure));
+                  formatted("%*s    LEAVE %s", number_columns, "", procedure));
 }
 
 bool log_adjust(RunState& run, int test, int step) {
   if (run.log.adjusted == test) return true;
   run.log.adjusted = test;
   ++run.pipeline.adjustments;
-  return log_line(run, test, step, log_letter::adjust,
-                  formatted("%*sADJUST PERFORMED", procedure_indent, ""));
+  return log_line(run, test, step, log_letter::adjust, formatted("%*sADJUST PERFORMED", number_columns, ""));
 }
 
 void note_add(RunState& run, int kind, int test, int step, std::string_view text) {
@@ -228,7 +234,7 @@ bool notes_write(RunState& run, int kinds) {
       text += ' ' + notes[++i].text;
       letter = log_letter::rslt;
     }
-    if (!log_line(run, note.test_major, note.test_minor, letter, text)) return false;
+    if (!log_note(run, note.test_major, note.test_minor, letter, text)) return false;
   }
   return true;
 }

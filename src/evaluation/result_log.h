@@ -6,7 +6,7 @@
 //   0000.000 C          12 ENTER DMM VOLTS          the procedure begins; it has 12 tests
 //   0001.001 M   1 ...                               a test: its first printed line, and behind it its numbers
 //   0001.001 M                                PASS   the second printed line
-//   0001.001 R text of RSLT                          what the procedure or the operator added to the test
+//   0001.001 R         text of RSLT                  what the procedure or the operator added to the test
 //   0000.000 L             LEAVE DMM VOLTS
 //
 // A test line has fixed columns, counted from 0:
@@ -14,7 +14,7 @@
 //     0  8  test and step          91  20  value: the number that the procedure names, or MEM
 //     9  1  type letter           111  16  lower limit: the bytes of the double in hexadecimal, high word first
 //    11 80  first printed line    127  16  upper limit
-//                                 143   1  "0" plus the digits behind the point
+//                                 143   1  "0" plus the digits behind the point; of the letter S plus the prefix code
 //   144 ":" and nine texts, each closed by ":": description, value, result, lower limit, upper limit, accredited mark
 //       (" " or "*"), standard uncertainty, expanded uncertainty, coverage factor
 //
@@ -56,6 +56,9 @@ void log_close(RunState& run);
 // is broken, they write nothing and return true. Each leaves what it wrote with the system, not in a buffer.
 
 [[nodiscard]] bool log_line(RunState& run, int test, int step, char letter, std::string_view text);
+
+/// The same with the text behind 8 blanks, where reports have the test's number: a comment, RSLT, text in braces.
+[[nodiscard]] bool log_note(RunState& run, int test, int step, char letter, std::string_view text);
 
 /// Both lines of a test from run.decision and run.test.
 [[nodiscard]] bool log_test(RunState& run, const FscRecord& record, const LogTexts& texts = {});

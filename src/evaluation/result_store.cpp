@@ -8,6 +8,7 @@
 #include "evaluation/instrument_modes.h"
 #include "evaluation/uncertainty.h"
 #include "settings/settings.h"
+#include "state/fsc.h"
 #include "state/report.h"
 #include "values/numbers.h"
 #include "values/units.h"
@@ -48,13 +49,25 @@ ResultValue& place_for(ResultRecord& record, ResultField field) {
   return value;
 }
 
+// A string doubles its room; a run of many tests would pay for that with each of them.
+void append_text(std::string& texts, std::string_view more) {
+  constexpr std::size_t step = 64;
+  if (texts.size() + more.size() > texts.capacity()) {
+    std::string grown;
+    grown.reserve(texts.size() + more.size() + step);
+    grown = texts;
+    texts.swap(grown);
+  }
+  texts += more;
+}
+
 void put_text(ResultRecord& record, ResultValue& value, std::string_view text) {
   text = text.substr(0, longest_text);
   if (text.size() <= value.text_size) {
     std::copy(text.begin(), text.end(), record.texts.begin() + value.text_at);
   } else {
     value.text_at = static_cast<std::uint32_t>(record.texts.size());
-    record.texts += text;
+    append_text(record.texts, text);
   }
   value.text_size = static_cast<std::uint16_t>(text.size());
 }
@@ -161,7 +174,10 @@ UnitCode linear_unit(const UncertaintyBlock& block, UnitCode unit) {
 void store(const RunState& run, ResultRecord& record, const ChainRow& row, int resolution) {
   const UncertaintyBlock& block = run.uncertainty;
   if (!block.valid(row.quantity)) return;
-  const UnitCode test = run.test.unit;
+  UnitCode test = run.test.unit;
+  // A test whose system accuracy the procedure has set has no unit of a file: its own column tells it.
+  const ResultValue* nominal = record.find(R::nominal);
+  if (test == unit_code::none && run.test.tol_units.empty() && nominal != nullptr) test = nominal->units_code;
   const UnitCode unit = row.unit == Unit::none   ? unit_code::none
                         : row.unit == Unit::test ? test
                                                  : linear_unit(block, test);
@@ -224,7 +240,8 @@ bool r_begin_test(RunState& run, const FscRecord& record) {
   result->fsc = record.code();
   result->display_form = static_cast<std::uint8_t>(setting_code(run, Setting::UFMT));
   const bool quantities =
-      record.code() == fsc::memc || record.code() == fsc::memcx || record.has_class(code_class::instrument);
+      record.code() == fsc::memc || record.code() == fsc::memcx ||
+      (record.has_class(code_class::instrument) && !fsc_is_named_parameter(record.code()));
   if (!quantities) return true;
   // A test with an uncertainty fills twice as many fields; room for them all is taken at once.
   const bool samples = setting_code(run, Setting::NMEAS) > 0;
@@ -301,15 +318,18 @@ bool r_set_printed(ResultRecord& record, ResultField field, std::string_view pri
   const std::uint8_t place = record.places[static_cast<std::size_t>(field)];
   if (place == 0 || printed.size() > printed_limit) return false;
   ResultValue& value = record.values[place - 1U];
-  const std::string unit(record.text_of(value));
-  const bool fits = printed.size() == value.printed_size;
-  if (!fits) {
-    value.text_at = static_cast<std::uint32_t>(record.texts.size());
-    record.texts.append(printed).append(unit);
-    value.printed_size = static_cast<std::uint8_t>(printed.size());
-  } else {
+  if (printed.size() == value.printed_size) {
     std::copy(printed.begin(), printed.end(), record.texts.begin() + value.text_at);
+    return true;
   }
+  // The texts of the value that was filled last make room.
+  const bool is_last = value.text_at + value.printed_size + value.text_size == record.texts.size();
+  const std::string unit = value.text_size > 0 ? std::string(record.text_of(value)) : std::string();
+  if (is_last) record.texts.resize(value.text_at);
+  value.text_at = static_cast<std::uint32_t>(record.texts.size());
+  append_text(record.texts, printed);
+  if (!unit.empty()) append_text(record.texts, unit);
+  value.printed_size = static_cast<std::uint8_t>(printed.size());
   return true;
 }
 

@@ -1,6 +1,7 @@
 #include "results/result_fields.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -18,6 +19,7 @@
 #include "results/signal_fields.h"
 #include "settings/fmt.h"
 #include "settings/settings.h"
+#include "state/fsc.h"
 #include "state/report.h"
 #include "values/numbers.h"
 #include "values/units.h"
@@ -41,6 +43,20 @@ double factor_of(std::uint8_t prefix) {
   return prefix == prefix_code::absent ? 1.0 : prefix_multiplier(prefix);
 }
 
+struct UncertaintyForm {
+  int digits, form;
+};
+UncertaintyForm uncertainty_form(RunState& run) {
+  constexpr int engineering = 1, nominal = 2, prefix = 3;  // UFMT
+  const int digits = setting_code(run, Setting::NSD);
+  switch (setting_code(run, Setting::UFMT)) {
+    case engineering: return {digits - 1, form::engineering};
+    case nominal: return {digits, form::significant};
+    case prefix: return {digits - 1, form::mantissa};
+    default: return {digits - 1, form::exponent};
+  }
+}
+
 class Catalogue {
  public:
   Catalogue(RunState& run, const FscRecord& statement, double reference)
@@ -52,7 +68,8 @@ class Catalogue {
     judged_ = brings_outcome(statement);
     go_no_go_ = !judged_ && (test_.test_state & test_bit::go_no_go) != 0;
     if (judged_) return;
-    nominal_ = r_nominal(run, statement);
+    has_columns_ = !fsc_is_named_parameter(statement.code());
+    nominal_ = has_columns_ ? r_nominal(run, statement) : TypedQuantity{.value = run.registers.mem};
     if (is_comparison(statement)) take_stated_unit();
     if (nominal_.unit != unit_code::none) nominal_.unit_text.clear();
     by_uut_ = go_no_go_ || unc_reading_place(run, statement) != ReadingPlace::actual;
@@ -88,17 +105,38 @@ class Catalogue {
   }
   bool put(F field, std::string_view name, double value, int digits, int number_form, std::uint8_t prefix,
            std::uint8_t unit, std::string_view units = {}) {
-    std::string text;
-    if (!std::isfinite(value) || !format_field(run_, name, value, digits, number_form, text)) return false;
+    if (!std::isfinite(value)) return false;
+    const std::string* text = printed(name, value, digits, number_form);
+    if (text == nullptr) return false;
     r_set_value(record_, field, digits, value, prefix, unit, units, number_form == form::exponent);
-    return r_set_printed(record_, field, text);
+    return r_set_printed(record_, field, *text);
   }
+
+  // The printed number. A test has the same one in many fields, so the latest are kept. Null after a report.
+  const std::string* printed(std::string_view name, double value, int digits, int number_form) {
+    const bool formatted = !name.empty() && !run_.formats.empty() && fmt_find(run_, name) != nullptr;
+    if (!formatted) {
+      for (const Printed& one : latest_) {
+        if (one.value == value && one.digits == digits && one.form == number_form) return &one.text;
+      }
+    }
+    Printed& next = latest_[++next_ % latest_.size()];
+    next = {value, digits, formatted ? 0 : number_form, {}};
+    return format_field(run_, name, value, digits, number_form, next.text) ? &next.text : nullptr;
+  }
+
   // A number of which a side of the test was made: it has the unit of the nominal and its digits.
   bool put_at_least(F field, std::string_view name, double value, int step = 0) {
-    return put(field, name, value, digits_for(record_, step, nominal_.prefix), form::at_least);
+    return put(field, name, value, own_digits(step), form::at_least);
   }
   bool put_percent(F field, std::string_view name, double value, int digits) {
     return put(field, name, value, digits, form::general, prefix_code::none, unit_code::percent);
+  }
+  // digits_for() a number in the prefix of the nominal; asked for again and again.
+  int own_digits(int step) {
+    int& digits = digits_[static_cast<std::size_t>(step)];
+    if (digits < 0) digits = digits_for(record_, step, nominal_.prefix);
+    return digits;
   }
   bool text(F field, std::string_view value) {
     if (!value.empty()) r_set_text(record_, field, value);
@@ -135,7 +173,7 @@ class Catalogue {
       if (typed.digits != 0) return put_typed(field, name, typed, nominal_.unit_text);
     }
     if (!has_resolution()) return put(field, name, measured_, all_digits, form::general);
-    return put(field, name, measured_, digits_for(record_, beyond_resolution, nominal_.prefix), form::fixed);
+    return put(field, name, measured_, own_digits(beyond_resolution), form::fixed);
   }
   // What was set: the nominal as typed, where it is that.
   bool put_fixed(F field, std::string_view name) {
@@ -208,7 +246,7 @@ class Catalogue {
   }
   bool modifier() {
     TypedQuantity typed;
-    if (!modifier_of(run_, statement_, typed)) return true;
+    if (!has_columns_ || !modifier_of(run_, statement_, typed)) return true;
     if (typed.digits == 0)
       return put(F::mod1, "MOD1", typed.value, all_digits, form::general, typed.prefix, typed.unit,
                  typed.unit_text);
@@ -283,7 +321,7 @@ class Catalogue {
   bool uncertainty();
   bool uut_indicated() { return !has_number() || put_side(F::uut_indicated, "UI", true); }
   bool uut_range() {
-    if (judged_) return true;
+    if (!has_columns_) return true;
     const RangeField range = statement_.get(is_comparison(statement_) ? field::memc_range : field::range);
     if ((range.flags & RangeField::automatic) != 0) record_.flags |= result_bit::automatic_range;
     if ((range.flags & RangeField::number) == 0) return true;
@@ -302,7 +340,7 @@ class Catalogue {
   }
   bool variable_quantity() { return !has_number() || put_measured(F::variable_quantity, "VARQ"); }
   bool signal() {
-    if (!judged_ && !is_comparison(statement_)) fill_signal_fields(run_, statement_, record_);
+    if (has_columns_ && !is_comparison(statement_)) fill_signal_fields(run_, statement_, record_);
     return true;
   }
 
@@ -319,7 +357,16 @@ class Catalogue {
   double reference_;
   TypedQuantity nominal_, cardinal_;
   bool judged_ = false, go_no_go_ = false, by_uut_ = false;
+  bool has_columns_ = false;  // RANGE, NOMINAL and MOD1; a statement with parameters by name has none
   double measured_ = 0, fixed_ = 0;
+  struct Printed {
+    double value = 0;
+    int digits = -1, form = 0;
+    std::string text = {};
+  };
+  std::array<Printed, 6> latest_;
+  std::size_t next_ = 0;
+  std::array<int, beyond_resolution + 1> digits_ = {-1, -1, -1};
 };
 
 // clang-format off
@@ -378,17 +425,20 @@ constexpr NameRow family_names[] = {
 
 bool Catalogue::uncertainty() {
   r_uncertainty(run_);
+  const UncertaintyForm shown = uncertainty_form(run_);
   const auto print = [&](F field, std::string_view name) {
     const ResultValue* value = record_.find(field);
     if (value == nullptr) return true;
-    std::string text;
-    return format_uncertainty(run_, name, value->raw, text) && r_set_printed(record_, field, text);
+    const std::string* text = printed(name, value->raw, shown.digits, shown.form);
+    return text != nullptr && r_set_printed(record_, field, *text);
   };
   bool sound = true;
   for (const NameRow& row : chain_names) sound = print(row.field, row.name) && sound;
   for (const NameRow& row : family_names) {
-    for (int i = 1; i <= component_count; ++i)
-      sound = print(result_field(row.field, i), row.name + std::to_string(i)) && sound;
+    for (int i = 1; i <= component_count; ++i) {
+      const std::string name = run_.formats.empty() ? std::string() : row.name + std::to_string(i);
+      sound = print(result_field(row.field, i), name) && sound;
+    }
   }
   // Over the tenth coefficient stands the one that was written last.
   for (const auto& [which, name] : {std::pair{Quantity::cs1, "CS1"}, std::pair{Quantity::cs2, "CS2"}}) {
@@ -401,11 +451,7 @@ bool Catalogue::uncertainty() {
 
 int field_catalogue(RunState& run, const FscRecord& statement, double reference) {
   if (run.results.latest == nullptr) return 0;
-  const int failed = Catalogue(run, statement, reference).fill();
-  std::string& texts = run.results.latest->texts;
-  // Doubling has left room that a long run would pay for a hundred thousand times.
-  if (texts.capacity() - texts.size() > texts.size() / 2) texts.shrink_to_fit();
-  return failed;
+  return Catalogue(run, statement, reference).fill();
 }
 
 bool format_field(const RunState& run, std::string_view fmt_name, double value, int digits, int form,
@@ -417,19 +463,14 @@ bool format_field(const RunState& run, std::string_view fmt_name, double value, 
 }
 
 bool format_uncertainty(RunState& run, std::string_view fmt_name, double value, std::string& out) {
-  constexpr int engineering = 1, nominal = 2, prefix = 3;  // UFMT
-  const int digits = setting_code(run, Setting::NSD);
-  switch (setting_code(run, Setting::UFMT)) {
-    case engineering: return format_field(run, fmt_name, value, digits - 1, number_form::engineering, out);
-    case nominal: return format_field(run, fmt_name, value, digits, number_form::significant, out);
-    case prefix: return format_field(run, fmt_name, value, digits - 1, number_form::mantissa, out);
-    default: return format_field(run, fmt_name, value, digits - 1, number_form::exponent, out);
-  }
+  const UncertaintyForm shown = uncertainty_form(run);
+  return format_field(run, fmt_name, value, shown.digits, shown.form, out);
 }
 
 std::string quantity_text(const ResultRecord& record, ResultField field) {
   const ResultValue* value = record.find(field);
   if (value == nullptr) return {};
+  if (result_field_row(field).kind != ResultKind::value) return r_text(record, field);
   std::string unit(prefix_display(value->prefix).value_or(""));
   unit += value->text_size > 0 ? record.text_of(*value) : unit_display(value->units_code).value_or("");
   return r_text(record, field) + (unit.empty() ? "" : " ") + unit;

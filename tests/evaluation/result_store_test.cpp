@@ -103,13 +103,23 @@ TEST_F(ResultStore, EveryFieldHasItsNameAndFitsTheRecord) {
       case ResultKind::integer: r_set_integer(record, row.field, static_cast<std::int32_t>(i)); break;
       case ResultKind::value:
         r_set_value(record, row.field, 3, static_cast<double>(i), p::none, u::none, "unit");
+        EXPECT_TRUE(r_set_printed(record, row.field, "-1.234567E-03"));
         break;
     }
   }
+  record.lines = std::string(79, '1') + '\n' + std::string(79, '2');
   EXPECT_LE(record.memory(), ResultRecord::size_limit);
   EXPECT_EQ(r_text(record, F::remark), "text of Remark");
   EXPECT_EQ(r_text(record, F::ws), std::to_string(static_cast<int>(F::ws)));
   EXPECT_EQ(r_units(record, *record.find(F::variable_quantity)), "unit");
+  EXPECT_EQ(r_text(record, F::variable_quantity), "-1.234567E-03");
+  EXPECT_FALSE(r_set_printed(record, F::variable_quantity, std::string(printed_limit + 1, '1')));
+  EXPECT_TRUE(r_set_printed(record, F::variable_quantity, "1.5"));
+  EXPECT_EQ(
+      r_text(record, F::variable_quantity) + std::string(r_units(record, *record.find(F::variable_quantity))),
+      "1.5unit");
+  r_set_value(record, F::variable_quantity, 1, 2, p::none, u::volt);
+  EXPECT_EQ(r_text(record, F::variable_quantity), "2.0");
   // A shorter text takes the room of the one before, a longer one its own.
   r_set_text(record, F::remark, "x");
   EXPECT_EQ(r_text(record, F::remark), "x");

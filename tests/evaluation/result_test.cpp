@@ -367,17 +367,17 @@ TEST_F(Log, NotesFollowTheirTestInOrder) {
   note_add(run, PendingNote::rslt, 1, 4, "");
   EXPECT_TRUE(notes_write(run, PendingNote::brace | PendingNote::rslt));
   EXPECT_EQ(text(),
-            "0001.001 B b1\n"
-            "0001.001 R b2 r1\n"
-            "0001.002 R " +
+            "0001.001 B         b1\n"
+            "0001.001 R         b2 r1\n"
+            "0001.002 R         " +
                 long_text.substr(0, 65) +
                 "\n"
-                "0001.002 R rrrrr\n"
-                "0001.003 B b3\n"
-                "0001.004 R \n");
+                "0001.002 R         rrrrr\n"
+                "0001.003 B         b3\n"
+                "0001.004 R         \n");
   ASSERT_EQ(run.log.notes.size(), 1u);
   EXPECT_TRUE(notes_write(run, PendingNote::comment));
-  EXPECT_TRUE(text().ends_with("0001.001 K c1\n"));
+  EXPECT_TRUE(text().ends_with("0001.001 K         c1\n"));
   note_add(run, PendingNote::brace, 1, 1, "b");
   note_add(run, PendingNote::comment, 1, 1, "c");
   notes_drop(run, PendingNote::brace);

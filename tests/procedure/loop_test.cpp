@@ -132,8 +132,9 @@ TEST_F(Loop, ACommentGoesToTheLogAndTheDialogStays) {
   desk.reply(answer::test_continue);
   EXPECT_EQ(go("Comment"), run_result::finished);
   EXPECT_EQ(desk.of_kind("test").size(), 2u);
-  EXPECT_NE(contents((folder / "rslt.tmp").string()).find("0001.002 K leads replaced, and this is too \n"),
-            std::string::npos);
+  EXPECT_NE(
+      contents((folder / "rslt.tmp").string()).find("0001.002 K         leads replaced, and this is too \n"),
+      std::string::npos);
 }
 
 TEST_F(Loop, AChosenLineOfTheListingRunsNext) {

@@ -268,12 +268,12 @@ TEST_F(OperatorStatements, TextsForTheResults) {
   EXPECT_EQ(desk.of_kind("ask").size(), 2u);
   EXPECT_EQ(desk.notes.front(), std::string(45, 'a') + std::string(30, 'b'));
   const std::string log = contents((folder / "rslt.tmp").string());
-  EXPECT_NE(
-      log.find("0001.002 R " + std::string(45, 'a') + std::string(20, 'b') + "\n0001.002 R bbbbbbbbbb\n"),
-      std::string::npos)
+  EXPECT_NE(log.find("0001.002 R         " + std::string(45, 'a') + std::string(20, 'b') +
+                     "\n0001.002 R         bbbbbbbbbb\n"),
+            std::string::npos)
       << log;
-  EXPECT_NE(log.find("0001.004 R SN 7\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("0001.007 R behind\n"), std::string::npos) << "noted behind the last test";
+  EXPECT_NE(log.find("0001.004 R         SN 7\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("0001.007 R         behind\n"), std::string::npos) << "noted behind the last test";
   EXPECT_EQ(log.find("Given up"), std::string::npos);
 }
 
@@ -339,8 +339,8 @@ TEST_F(Settings, AStatementShowsWhatItChanges) {
 TEST_F(Settings, WindowsOfTestsCanBeInhibited) {
   set_debug_flags(debug_bit::api);
   procedure("Quiet", {"MATH M[1] = mcset(\"PTS Inhibit\")", "MEMC 9V             1U",
-                      "MATH M[2] = mctest(\"PTS ShowWindow\")", "ASK- " + std::string(44, ' ') + "A", "MEMC 0V             1U",
-                      "MATH M[3] = mctest(\"PTS ShowWindow\")", "END"});
+                      "MATH M[2] = mctest(\"PTS ShowWindow\")", "ASK- " + std::string(44, ' ') + "A",
+                      "MEMC 0V             1U", "MATH M[3] = mctest(\"PTS ShowWindow\")", "END"});
   run.options = ask_option::A;
   EXPECT_EQ(go("Quiet"), run_result::finished);
   EXPECT_EQ(desk.of_kind("test").size(), 0u);

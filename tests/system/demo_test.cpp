@@ -76,7 +76,7 @@ TEST_F(Demo, RunsToItsEndAndOnePointFails) {
     if (line[9] == 'K') comment = line;
   }
   EXPECT_EQ(letters, "CCMMMMMMMMMMLCMMMMMMKLCMMMMMMLL");
-  EXPECT_TRUE(comment.starts_with("0004.003 K fails at 300 V")) << comment;
+  EXPECT_TRUE(comment.starts_with("0004.003 K         fails at 300 V")) << comment;
   EXPECT_NE(contents("settings.ini").find("procedure = done"), std::string::npos);
 }
 

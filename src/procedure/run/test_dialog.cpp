@@ -138,7 +138,7 @@ bool comment(RunState& run, const FscRecord& record, bool stopped) {
   if (code == answer::failed) return false;
   if (code != answer::ok) return true;
   platform().desk->result_note(text, result_colour::comment);
-  static_cast<void>(log_line(run, record.test_major(), record.test_minor(), log_letter::comment, text));
+  static_cast<void>(log_note(run, record.test_major(), record.test_minor(), log_letter::comment, text));
   if (!stopped && run.results.latest != nullptr) keep_comment(*run.results.latest, text);
   return true;
 }
