@@ -72,10 +72,14 @@ bool saved_run_parse(std::string_view contents, const std::string& path, SavedRu
   saved = {};
   const auto damaged = [&] { return errp(31243, path); };
   std::string_view body = contents;
-  if (body.ends_with('\n')) body.remove_suffix(1);
+  if (!body.ends_with('\n')) return damaged();
+  body.remove_suffix(1);
   const std::size_t last = body.rfind('\n');
   std::array<std::size_t, 3> places{};
-  if (last == std::string_view::npos || !read_places(body.substr(last + 1), places)) return damaged();
+  // A trailer of another width was cut off, and its last number may be half of one.
+  if (last == std::string_view::npos || body.size() - last - 1 != line_width ||
+      !read_places(body.substr(last + 1), places))
+    return damaged();
   const auto [variables_at, trace_at, log_at] = places;
   const std::size_t end = last + 1;
   if (variables_at > trace_at || trace_at > log_at || log_at > end) return damaged();
