@@ -17,6 +17,7 @@
 #include "procedure/pipeline/select_procedure.h"
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
+#include "results/results.h"
 #include "settings/fmt.h"
 #include "state/pump.h"
 #include "state/report.h"
@@ -214,9 +215,17 @@ class TestRun {
   }
 
   void save() {
-    if (!abandoned_ && roads_ != nullptr && !roads_->post_run(run_)) run_.set(run_flag::stop_test);
+    if (!abandoned_) keep_results();
     run_.vset.clear();
     fmt_clear(run_);
+  }
+
+  void keep_results() {
+    if (roads_ == nullptr) {
+      static_cast<void>(r_write_all(run_));  // what failed has been told; the results stay
+    } else if (!roads_->post_run(run_)) {
+      run_.set(run_flag::stop_test);
+    }
   }
 
   RunState& run_;
