@@ -243,14 +243,17 @@ bool replace(const std::string& path, const std::string& text) {
 
 bool is_results_name(std::string_view path) { return ends_in(path, ".json") || ends_in(path, ".csv"); }
 
+// A line a record: only one of them is held as JSON at a time.
 std::string results_json(const RunState& run, const RunEnd& end) {
-  Json records = Json::array();
-  for (const auto& record : run.results.records) records.push_back(record_json(*record));
-  const Json all = {{"format", "orvane-results"},
-                    {"version", 1},
-                    {"run", run_json(run, end)},
-                    {"records", std::move(records)}};
-  return all.dump(1) + "\n";
+  std::string out =
+      "{\n\"format\": \"orvane-results\",\n\"version\": 1,\n\"run\": " + run_json(run, end).dump(1) +
+      ",\n\"records\": [";
+  const char* between = "\n";
+  for (const auto& record : run.results.records) {
+    out += between + record_json(*record).dump();
+    between = ",\n";
+  }
+  return out + "\n]\n}\n";
 }
 
 std::string results_csv(const RunState& run, const RunEnd& end) {

@@ -116,7 +116,7 @@ bool results_finish(RunState& run) {
   r_sort(run.results);
   r_reduce(run.results);
   r_number(run.results);
-  return r_write_all(run) && sound;
+  return sound;
 }
 
 void r_discard(RunState& run) {

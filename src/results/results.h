@@ -1,7 +1,8 @@
 // What happens to the results of a run once it has ended, in order: the running log becomes the sorted one; the list is
-// sorted, thinned out and numbered; then it goes to the results table of a database, with two delimited files beside
-// it, or without a database into the two files alone (key "delimited_results"). Nothing of the list is freed: it stays
-// until the next run begins, or r_discard(), so that a step that failed can be tried again.
+// sorted, thinned out and numbered; then, unless the operator gives the run up behind its end, it goes to the results
+// table of a database, with two delimited files beside it, or without a database into the two files alone (key
+// "delimited_results"). Nothing of the list is freed: it stays until the next run begins, or r_discard(), so that a
+// step that failed can be tried again.
 #pragma once
 
 #include <memory>
@@ -13,11 +14,12 @@
 
 namespace orvane {
 
-/// Called once as a run ends, after its log is closed. False if a step failed; each has told its reason, and the steps
-/// behind it were done all the same.
+/// Called once as a run ends, after its log is closed: the sorted log and the list. False if the log could not be
+/// sorted, which has told its reason; the list is made ready all the same.
 [[nodiscard]] bool results_finish(RunState& run);
 
-/// The files and the results table. The dump "r7.tmp" of the list stands in the working folder while the debug letter r
+/// Called when the results are to be kept: the files and the results table. False if a step failed; each has told its
+/// reason. The dump "r7.tmp" of the list stands in the working folder while the debug letter r
 /// is on.
 [[nodiscard]] bool r_write_all(RunState& run);
 

@@ -12,6 +12,7 @@
 #include "results/delimited_files.h"
 #include "results/result_list.h"
 #include "results/results.h"
+#include "state/debug.h"
 #include "state/run_variables.h"
 #include "support/desk.h"
 #include "values/units.h"
@@ -191,6 +192,17 @@ TEST_F(ResultLists, TheDelimitedPair) {
             "'it''s, \r\none','2026-11-23',1,'0','9.500','m','V',,,,\r\n"
             "'it''s, \r\none','2026-11-23',1,'1','10.250','m','V',,,,\r\n");
 
+  set_debug_flags(debug_bit::run);
+  startup_config().delimited_results = 0;
+  ASSERT_TRUE(r_write_all(run));
+  clear_debug_words();
+  const std::string dump = contents((folder / "r7.tmp").string());
+  EXPECT_TRUE(dump.starts_with("row 1 flags 00008002 percent 0\n")) << dump;
+  EXPECT_NE(dump.find("  Fixed Quantity = 10.00 mV\n"), std::string::npos) << dump;
+  EXPECT_NE(dump.find("  Value 2 = 10.250\nrow 2 "), std::string::npos) << dump;
+  std::filesystem::remove(folder / "r7.tmp");
+  startup_config().delimited_results = 1;
+
   // The next pair has the next number; with the key off there is none.
   ASSERT_TRUE(r_write_all(run));
   EXPECT_EQ(files(), "readings-001.txt readings-002.txt results-001.txt results-002.txt ");
@@ -215,6 +227,10 @@ TEST_F(ResultLists, AFailedStepLeavesTheListAndNoHalfFile) {
   startup_config().workdir = (folder / "absent").string();
   EXPECT_FALSE(r_write_all(run));
   EXPECT_EQ(desk.message_numbers(), (std::vector<int>{691, 694}));
+  set_debug_flags(debug_bit::run);
+  EXPECT_FALSE(r_write_all(run));
+  clear_debug_words();
+  EXPECT_EQ(desk.message_numbers(), (std::vector<int>{691, 694, 31190, 694}));
   EXPECT_EQ(run.results.records.size(), 199u);
 }
 

@@ -18,6 +18,7 @@
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
 #include "reports/post_run.h"
+#include "results/results.h"
 #include "settings/fmt.h"
 #include "state/pump.h"
 #include "state/report.h"
@@ -214,16 +215,22 @@ class TestRun {
     abandoned_ = result != run_result::finished;
   }
 
-  // A Test Run of the editor leaves no results.
-  bool follow_run() {
-    if (roads_ != nullptr) return roads_->post_run(run_);
-    return run_.has(run_flag::test_run) || post_run(run_);
-  }
-
   void save() {
-    if (!abandoned_ && !follow_run()) run_.set(run_flag::stop_test);
+    if (!abandoned_) keep_results();
     run_.vset.clear();
     fmt_clear(run_);
+  }
+
+  // A Test Run of the editor leaves no reports.
+  void keep_results() {
+    bool kept = true;
+    if (roads_ == nullptr) {
+      static_cast<void>(r_write_all(run_));  // what failed has been told; the results stay
+      kept = run_.has(run_flag::test_run) || post_run(run_);
+    } else {
+      kept = roads_->post_run(run_);
+    }
+    if (!kept) run_.set(run_flag::stop_test);
   }
 
   RunState& run_;
