@@ -69,6 +69,12 @@ ReadResult read_file(const std::string& path, std::size_t limit, std::string& ou
   return file.bad() ? ReadResult::failed : ReadResult::ok;
 }
 
+std::string real_path(const std::string& path) {
+  std::error_code error;
+  const fs::path real = fs::canonical(path, error);
+  return error ? path : real.string();
+}
+
 bool make_folder_of(const std::string& path) {
   const fs::path folder = fs::path(path).parent_path();
   std::error_code error;

@@ -45,6 +45,14 @@ ReadResult read_file(const std::string& path, std::size_t limit, std::string& ou
 /// Replaces the file: writes beside it, flushes to the disk, renames. On failure the old file is as it was.
 [[nodiscard]] bool replace_file(const std::string& path, std::string_view contents);
 
+/// The two halves of replace_file(), for those who name the file in between: makes the file anew, with the rights of
+/// the file `like` if that is there, and flushes it to the disk (on failure no file is left) ...
+[[nodiscard]] bool write_through(const std::string& path, std::string_view contents, const std::string& like);
+/// ... and puts one file in the place of another, on the disk as well. On failure both are as they were.
+[[nodiscard]] bool move_over(const std::string& from, const std::string& to);
+/// What a path names behind its symbolic links; the path itself where that cannot be said.
+std::string real_path(const std::string& path);
+
 /// May this program make and replace files where this one stands?
 bool may_write_beside(const std::string& path);
 

@@ -5,18 +5,44 @@
 #include <bitset>
 #include <cstdint>
 #include <ctime>
+#include <map>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "state/bus_state.h"
 
 namespace orvane {
 
-/// A named text of a run, as reports and statements read it. The name is in capitals and ends with "$".
+/// A named text, as reports and statements read it.
 struct RunVariable {
-  std::string name;
+  static constexpr std::uint8_t changed = 0x01;      // the variable file does not say so yet
+  static constexpr std::uint8_t memory_only = 0x02;  // never written to the variable file
+  static constexpr std::uint8_t of_run = 0x04;       // forgotten as a run starts
   std::string value;
+  std::optional<std::string>
+      file_value;  // what the file says, while a value of the run stands in front of it
+  std::uint8_t flags = 0;
+  std::uint8_t reserved = 0;  // reserved_flag, of a name that is one
+  bool is_reserved = false;
+  std::int64_t order = 0;  // the higher, the newer
+
+  bool has(std::uint8_t flag) const { return (flags & flag) != 0; }
 };
+
+/// Names count in any case, with and without the "$" at the end.
+struct VariableNameHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view name) const noexcept;
+};
+struct VariableNameEqual {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const noexcept;
+};
+/// The names are in capitals and end with "$".
+using RunVariables = std::unordered_map<std::string, RunVariable, VariableNameHash, VariableNameEqual>;
 
 /// What the scan in front of a run met in the procedure and its sub-procedures.
 struct PreRun {
@@ -68,8 +94,10 @@ struct RunPlace {
 };
 
 struct PipelineState {
-  std::vector<RunVariable> variables;  // of this run; sorted by name
-  std::vector<RunVariable> entries;    // by the operator, kept over the start of the run; sorted by name
+  RunVariables variables;
+  std::int64_t newest_variable = 0;
+  std::string variable_file;                   // empty: none is open, variables live in memory alone
+  std::map<std::string, std::string> entries;  // by the operator, kept over the start of the run
   std::vector<RequiredInstrument> required;
   PreRun pre_run;
   std::vector<std::string> standards_used;  // that a STD statement of this run has named

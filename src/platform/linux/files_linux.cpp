@@ -28,22 +28,35 @@ bool write_all(int fd, std::string_view contents) {
 
 }  // namespace
 
-bool replace_file(const std::string& path, std::string_view contents) {
-  // A symbolic link stays one: what it points to is replaced.
-  std::string target = path;
-  char resolved[PATH_MAX];
-  if (::realpath(path.c_str(), resolved) != nullptr) target = resolved;
-
-  const std::string beside = target + ".new";
+bool write_through(const std::string& path, std::string_view contents, const std::string& like) {
   struct stat old {};
-  const mode_t mode = ::stat(target.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0666;
-  const int fd = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  const mode_t mode = ::stat(like.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0666;
+  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
   if (fd < 0) return false;
   bool ok = write_all(fd, contents) && ::fsync(fd) == 0;
   ok = (::close(fd) == 0) && ok;
-  ok = ok && std::rename(beside.c_str(), target.c_str()) == 0;
-  if (!ok) ::unlink(beside.c_str());
+  if (!ok) ::unlink(path.c_str());
   return ok;
+}
+
+bool move_over(const std::string& from, const std::string& to) {
+  if (std::rename(from.c_str(), to.c_str()) != 0) return false;
+  const std::filesystem::path folder = std::filesystem::path(to).parent_path();
+  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return true;  // a folder that may be written but not read keeps its entry in its own time
+  ::fsync(fd);
+  ::close(fd);
+  return true;
+}
+
+bool replace_file(const std::string& path, std::string_view contents) {
+  // A symbolic link stays one: what it points to is replaced.
+  const std::string target = real_path(path);
+  const std::string beside = target + ".new";
+  if (!write_through(beside, contents, target)) return false;
+  if (move_over(beside, target)) return true;
+  ::unlink(beside.c_str());
+  return false;
 }
 
 std::optional<FileStamp> file_stamp(const std::string& path) {

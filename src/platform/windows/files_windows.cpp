@@ -11,9 +11,8 @@
 
 namespace orvane {
 
-bool replace_file(const std::string& path, std::string_view contents) {
-  const std::string beside = path + ".new";
-  const HANDLE file = ::CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+bool write_through(const std::string& path, std::string_view contents, const std::string&) {
+  const HANDLE file = ::CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return false;
   bool ok = true;
@@ -25,9 +24,20 @@ bool replace_file(const std::string& path, std::string_view contents) {
   }
   ok = ok && ::FlushFileBuffers(file) != 0;
   ok = (::CloseHandle(file) != 0) && ok;
-  ok = ok && ::MoveFileExA(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-  if (!ok) ::DeleteFileA(beside.c_str());
+  if (!ok) ::DeleteFileA(path.c_str());
   return ok;
+}
+
+bool move_over(const std::string& from, const std::string& to) {
+  return ::MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+bool replace_file(const std::string& path, std::string_view contents) {
+  const std::string beside = path + ".new";
+  if (!write_through(beside, contents, path)) return false;
+  if (move_over(beside, path)) return true;
+  ::DeleteFileA(beside.c_str());
+  return false;
 }
 
 std::optional<FileStamp> file_stamp(const std::string& path) {

@@ -37,6 +37,7 @@
 #include "values/math/math.h"
 #include "values/numbers.h"
 #include "values/registers.h"
+#include "values/variable_file.h"
 
 namespace orvane {
 namespace {
@@ -139,6 +140,7 @@ bool engine_start(RunState& run, const EngineStart& start) {
                                                 : start.settings_path);
   if (!open_debug_log(path)) return false;
   open_trace_file();
+  if (!var_open(run, startup_config().varfile, startup_config().ptitle_l)) return false;
   run.demo_mode = demo_mode(run, start.mode);
   if (start.recover) static_cast<void>(dev_reload_if_changed());
   // Instruments that cannot be reset now are reset as the next run begins, or it does not begin.
@@ -150,6 +152,7 @@ void engine_make_safe() { bench_end(run_state()); }
 
 void engine_stop() {
   bench_close(run_state());
+  static_cast<void>(var_close(run_state()));
   free_all_procedures();
   debug_log_close();
   error_log_use({});

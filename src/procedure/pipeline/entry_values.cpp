@@ -4,6 +4,7 @@
 #include "config/value_grammar.h"
 #include "messages/catalogue.h"
 #include "procedure/pipeline/data_entry.h"
+#include "state/reserved_variables.h"
 #include "state/run_variables.h"
 #include "values/numbers.h"
 
@@ -13,66 +14,8 @@ namespace {
 // Variables that describe the unit, the job and the room, and that a form fills.
 constexpr std::string_view entered[] = {"HUMIDITY$", "OPERATOR_NAME$", "SER_NUM$", "TEMP$", "UUT_CODE$"};
 
-// Variables that the run and its reports set. What a form wrote into one of these would be lost, or would stand for
-// a result that nobody measured.
-constexpr std::string_view written[] = {"ACT$",
-                                        "ACT_HR$",
-                                        "ACT_MIN$",
-                                        "C$",
-                                        "CO$",
-                                        "DATE$",
-                                        "DATE_END$",
-                                        "DE$",
-                                        "DMY$",
-                                        "DMY_END$",
-                                        "ELAPSED_TIME$",
-                                        "ELAPSED_TIME_HR$",
-                                        "ELAPSED_TIME_MIN$",
-                                        "ER$",
-                                        "ERPCT$",
-                                        "ERPPM$",
-                                        "ET$",
-                                        "FLL$",
-                                        "FN$",
-                                        "FRE$",
-                                        "FUL$",
-                                        "FVA$",
-                                        "LL$",
-                                        "M$",
-                                        "MARGINAL$",
-                                        "MDY$",
-                                        "MDY_END$",
-                                        "MO$",
-                                        "MU_COV$",
-                                        "MU_EXP$",
-                                        "MU_STD$",
-                                        "NOTIFY_USER$",
-                                        "NOX$",
-                                        "NUM_ADJ$",
-                                        "NUM_FAILED$",
-                                        "OVERALL_RESULT$",
-                                        "P$",
-                                        "PROC_NAME$",
-                                        "PROC_REV$",
-                                        "RESULTS_FILE_NAME$",
-                                        "RM$",
-                                        "RPT_CODE$",
-                                        "RPT_TYPE$",
-                                        "SA$",
-                                        "SH_A$",
-                                        "SH_R$",
-                                        "ST$",
-                                        "TEST_STATUS$",
-                                        "TIME$",
-                                        "TN$",
-                                        "TOL_C$",
-                                        "TR$",
-                                        "TT$",
-                                        "TU$",
-                                        "UI$",
-                                        "UL$",
-                                        "UR$"};
-static_assert(std::is_sorted(std::begin(written), std::end(written)));
+// When a run ended: set by it as well, though the names are not reserved.
+constexpr std::string_view run_end[] = {"DATE_END$", "DMY_END$", "MDY_END$"};
 
 // "2026-11-23": a day of the calendar.
 bool is_date(std::string_view text) {
@@ -117,13 +60,13 @@ bool entry_variable_known(std::string_view name) {
   return std::find(std::begin(entered), std::end(entered), name) != std::end(entered);
 }
 
+// What a form wrote into a variable that the run and its reports set would be lost, or would stand for a result that
+// nobody measured.
 bool entry_variable_written(std::string_view name) {
-  if (std::binary_search(std::begin(written), std::end(written), name)) return true;
-  // UI1$ and UI2$ are UI$ of the first and the second value; T_ names belong to the standards.
-  if (name.starts_with("T_")) return true;
-  if (name.size() < 4 || (name[name.size() - 2] != '1' && name[name.size() - 2] != '2')) return false;
-  const std::string stem = std::string(name.substr(0, name.size() - 2)) + '$';
-  return std::binary_search(std::begin(written), std::end(written), stem);
+  if (name.starts_with("T_")) return true;  // of the standards
+  if (std::find(std::begin(run_end), std::end(run_end), name) != std::end(run_end)) return true;
+  const ReservedVariable* const row = reserved_variable(name);
+  return row != nullptr && (row->flags & reserved_flag::by_report) != 0;
 }
 
 std::string entry_fault(const FormField& field) {
