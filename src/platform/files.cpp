@@ -58,7 +58,10 @@ ReadResult read_file(const std::string& path, std::size_t limit, std::string& ou
   if (is_directory(path)) return ReadResult::failed;
   std::ifstream file(path, std::ios::binary);
   if (!file) return ReadResult::failed;
-  if (const auto size = file_size(path); size && *size > limit) return ReadResult::too_large;
+  if (const auto size = file_size(path)) {
+    if (*size > limit) return ReadResult::too_large;
+    out.reserve(static_cast<std::size_t>(*size));
+  }
   // A size is only believed as far as bytes come; a pipe or a growing file has none.
   char block[16384];
   while (file) {

@@ -10,7 +10,7 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t printed_width = 79, number_width = 7;
-constexpr char enter = 'C', leave = 'L', separator = ' ', at_end = 'e';
+constexpr char enter = 'C', leave = 'L', cancelled = 'c', separator = ' ', at_end = 'e';
 
 // "  5    " of test 5, "  5-2  " of test 2 of the procedure that test 5 calls.
 std::string number_text(int caller, int test) {
@@ -33,7 +33,9 @@ class LogReader {
     std::string_view text;
     while (take(text)) {
       LogLine parts;
-      if (!parse_log_line(text, parts)) continue;
+      if (text.empty()) continue;
+      if (!parse_log_line(text, parts) || !is_known(parts.letter)) return damaged();
+      if (parts.letter == cancelled) continue;
       if (parts.letter == enter) {
         callers_.push_back(caller_);
         caller_ = parts.test;
@@ -48,8 +50,19 @@ class LogReader {
   }
 
  private:
+  static bool is_known(char letter) {
+    constexpr std::string_view letters = "ABCcDdEGIKLMRSakr";
+    return letters.find(letter) != std::string_view::npos;
+  }
+  // A line that says nothing would be a test that is missing in the report.
+  Step damaged() {
+    static_cast<void>(errp(31246, "rsltsort.tmp", number_of_line_));
+    return Step::failed;
+  }
+
   bool take(std::string_view& line) {
     if (rest_.empty()) return false;
+    ++number_of_line_;
     const std::size_t end = rest_.find('\n');
     line = rest_.substr(0, end);
     rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
@@ -70,7 +83,10 @@ class LogReader {
     if (!is_two_line_letter(parts.letter)) return true;
     std::string_view second;
     LogLine second_parts;
-    if (!take(second) || !parse_log_line(second, second_parts)) return errp(4623, "rsltsort.tmp");
+    if (!take(second)) return errp(4623, "rsltsort.tmp");
+    if (!parse_log_line(second, second_parts) || second_parts.letter != parts.letter ||
+        second_parts.test != parts.test)
+      return damaged() == Step::end;
     line.line2 = second_parts.text;
     return true;
   }
@@ -78,6 +94,7 @@ class LogReader {
   std::string_view rest_;
   std::vector<int> callers_;
   int caller_ = 0;
+  int number_of_line_ = 0;
   int shown_test_ = -1, shown_caller_ = -1;
   std::string number_;
 };

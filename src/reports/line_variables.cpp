@@ -7,6 +7,7 @@
 
 #include "state/report.h"
 #include "values/numbers.h"
+#include "values/units.h"
 
 namespace orvane {
 namespace {
@@ -76,11 +77,11 @@ std::optional<double> double_of_hex(std::string_view text) {
 }
 
 // A printed quantity: its number, and what stands behind it.
-struct Quantity {
+struct PrintedQuantity {
   std::optional<double> number;
   std::string_view digits, unit;
 };
-Quantity quantity(std::string_view text) {
+PrintedQuantity quantity(std::string_view text) {
   text = without_blanks(text);
   double value = 0;
   const std::size_t length = scan_number(text, value);
@@ -88,7 +89,27 @@ Quantity quantity(std::string_view text) {
   return {value, text.substr(0, length), without_blanks(text.substr(length))};
 }
 
-std::string three_digits(double x) { return print_number(x, 'g', 3); }
+// Three digits in fixed form, without zeros at the end of a fraction: "1500", "0.05".
+std::string three_digits(double x) {
+  constexpr int digits = 3, most_behind = 30;
+  if (x == 0 || !std::isfinite(x)) return print_number(x, 'g', digits);
+  x = round_sig(x, digits);
+  const int magnitude = static_cast<int>(std::floor(std::log10(std::fabs(x))));
+  std::string text = print_number(x, 'f', std::clamp(digits - 1 - magnitude, 0, most_behind));
+  if (text.find('.') == std::string::npos) return text;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
+// A test by the unit of an ACC statement is printed without the prefix that its limits have.
+double printed_scale(char letter, std::string_view stated) {
+  constexpr char by_acc_unit = 'S';
+  DimValue typed;
+  if (letter != by_acc_unit || !dim_parse_listing(stated, typed)) return 1;
+  const double scale = typed.prefix == prefix_code::absent ? 1.0 : prefix_multiplier(typed.prefix);
+  return scale > 0 ? scale : 1;
+}
 
 // --- Tolerances ---
 
@@ -131,7 +152,7 @@ ErrorTexts error_texts(std::string_view column) {
     if (in_percent || in_ppm) return {">5000000     ppm", ">500         %"};
     return {"    >500", ">500"};
   }
-  const Quantity error = quantity(text);
+  const PrintedQuantity error = quantity(text);
   if (!error.number || (!in_percent && !in_ppm)) return {std::string(text), std::string(text)};
   const double share = *error.number / (in_percent ? percent : ppm);
   return {formatted("%-12s ppm", print_number(share * ppm, 'g', 6)),
@@ -212,23 +233,31 @@ void LineVariables::make(LineVariable variable) {
   const auto text_of = [&](V column) {
     return filled_[at(column)] ? views_[at(column)] : std::string_view();
   };
+  // The number as the procedure states it, with its unit: the limits are in that unit.
+  const PrintedQuantity stated = quantity(part(text1_, value_at, value_width));
+  const auto unit = [&] {
+    if (!stated.unit.empty()) return stated.unit;
+    return quantity(text_of(V::SA).empty() ? text_of(V::UI) : text_of(V::SA)).unit;
+  };
   // What the limits lie around: what was indicated, of a judgement what was applied.
   const auto middle = [&]() -> std::optional<double> {
-    const auto printed_number = quantity(text_of(letter_ == 'G' ? V::SA : V::UI)).number;
-    return printed_number ? printed_number : quantity(part(text1_, value_at, value_width)).number;
+    const auto shown = quantity(text_of(letter_ == 'G' ? V::SA : V::UI)).number;
+    if (!shown) return stated.number;
+    return *shown / printed_scale(letter_, part(text1_, value_at, value_width));
   };
   const auto tolerance = [&]() -> std::optional<Tolerance> {
     const auto both = limits();
     const auto centre = middle();
     if (!both || !centre) return std::nullopt;
-    const Tolerance found{std::fabs(*centre - both->lower), std::fabs(both->upper - *centre)};
-    // Both sides are of one tolerance where what was printed is only rounded.
-    const double half = (both->upper - both->lower) / 2;
-    constexpr double rounding = 1e-3;
-    if (std::fabs(found.neg - found.pos) <= rounding * half) return Tolerance{half, half};
+    // The limits of a number are those of what was applied: below what was indicated lies the tolerance above.
+    Tolerance found{std::fabs(both->upper - *centre), std::fabs(*centre - both->lower)};
+    if (letter_ == 'G') std::swap(found.neg, found.pos);
+    // Both sides are of one tolerance where they differ by no more than the printed number is rounded: it has nine
+    // digits.
+    const double half = (both->upper - both->lower) / 2, rounding = std::fabs(*centre) * 1e-8;
+    if (std::fabs(found.neg - found.pos) <= std::max(2 * rounding, 1e-6 * half)) return Tolerance{half, half};
     return found;
   };
-  const auto unit = [&] { return quantity(text_of(V::SA).empty() ? text_of(V::UI) : text_of(V::SA)).unit; };
   const auto share = [&]() -> std::optional<Tolerance> {
     const auto sides = tolerance();
     const auto centre = middle();
@@ -328,11 +357,11 @@ std::optional<std::string> limit_text(std::string_view packed, int digits, std::
     if (hex.empty() || error != std::errc() || end != hex.data() + hex.size()) return std::nullopt;
     bits = bits << 32 | value;
   }
-  std::string text = print_number(std::bit_cast<double>(bits), 'g', digits).substr(0, width);
-  if (text.find('.') != std::string::npos && text.find_first_of("eE") == std::string::npos) {
-    text.erase(text.find_last_not_of('0') + 1);
-    if (text.ends_with('.')) text.pop_back();
-  }
+  const double value = std::bit_cast<double>(bits);
+  if (!std::isfinite(value)) return std::nullopt;
+  // Fewer digits rather than a number that is cut: behind a lost exponent it would be another one.
+  std::string text = print_number(value, 'g', digits);
+  while (text.size() > width && digits > 1) text = print_number(value, 'g', --digits);
   const std::string_view unit = without_blanks(part(packed, unit_at, std::string_view::npos));
   if (text.size() + unit.size() <= width) text += unit;
   return text;

@@ -95,6 +95,7 @@ bool build(Report& report, ReportKind kind, std::string_view log) {
     return config.rslt_page.empty() ? errp(4626, config.rslt_page) : false;
   if (!report.mark(end_of_head)) return false;
   if (!has_lines(kind)) return true;
+  report.out.reserve(report.out.size() + log.size());  // about what the lines come to
   return column_run(report.run, log, config.rslt_col_template, report.state, report.source, report.out) ||
          errp(4618);
 }
@@ -144,6 +145,22 @@ std::vector<LinePair> paired(const std::vector<ReportLine>& found, const std::ve
   return pairs;
 }
 
+// The variables of the run in hand come back when a report of saved runs is made: it may still be saved itself.
+class KeptVariables {
+ public:
+  explicit KeptVariables(RunState& run) : run_(run), variables_(run_variable_list(run)) {}
+  ~KeptVariables() {
+    run_variables_restart(run_);
+    for (const auto& [name, value] : variables_) run_variable_set(run_, name, value);
+  }
+  KeptVariables(const KeptVariables&) = delete;
+  KeptVariables& operator=(const KeptVariables&) = delete;
+
+ private:
+  RunState& run_;
+  std::vector<std::pair<std::string, std::string>> variables_;
+};
+
 void take_variables(RunState& run, const SavedRun& saved, std::string_view suffix) {
   for (const auto& [name, value] : saved.variables)
     run_variable_set(run, name.substr(0, name.size() - 1) + std::string(suffix) + "$", value);
@@ -175,6 +192,7 @@ bool report_build(RunState& run, const std::string& sorted_log, const std::strin
 bool report_of_saved_run(RunState& run, const std::string& path, const std::string& out_name) {
   SavedRun saved;
   if (!saved_run_read(path, saved)) return false;
+  const KeptVariables kept(run);
   run_variables_restart(run);
   take_variables(run, saved, "");
   set_kind(run, kinds[1]);
@@ -188,6 +206,7 @@ bool report_compare(RunState& run, const std::string& found, const std::string& 
                     const std::string& out_name) {
   SavedRun runs[2];
   if (!saved_run_read(found, runs[0]) || !saved_run_read(left, runs[1])) return false;
+  const KeptVariables kept(run);
   run_variables_restart(run);
   take_variables(run, runs[1], "");  // what both have alike
   take_variables(run, runs[0], "1");

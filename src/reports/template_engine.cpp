@@ -36,14 +36,14 @@ class Engine {
   // Passes over the marks in front of the section, as a reader of the file does.
   bool find(Section section, bool optional, std::size_t& at) {
     for (const SectionMark& mark : text_.marks) {
-      if (mark.name.empty()) return errp(4648);
-      if (!mark.section) return errp(4649, mark.name);
+      if (mark.name.empty()) return errp(4648, text_.path, mark.line);
+      if (!mark.section) return errp(4649, text_.path, mark.line, mark.name);
       if (*mark.section != section) continue;
       at = mark.token + 1;
       return true;
     }
     missing_ok_ = optional;
-    return optional ? false : errp(4647, section_name(section));
+    return optional ? false : errp(4647, text_.path, text_.lines, section_name(section));
   }
 
   // --- Layout ---
@@ -66,12 +66,28 @@ class Engine {
   // Behind blanks a text stands where the template has it; behind a value that overran its room it follows at once.
   void put(std::string_view text) {
     if (text.empty()) return;
-    const std::size_t filled = out_.size() - line_begin_;
-    if (pad_ && filled < column_) out_.append(std::min(column_, TemplateState::line_limit) - filled, ' ');
+    const std::size_t filled = out_.size() - line_begin_,
+                      column = std::min(column_, TemplateState::line_limit);
+    if (pad_ && filled < column) out_.append(column - filled, ' ');
     pad_ = false;
-    const std::size_t room =
-        TemplateState::line_limit - std::min(out_.size() - line_begin_, TemplateState::line_limit);
-    out_ += text.substr(0, room);
+    if (out_.size() - line_begin_ + text.size() <= TemplateState::line_limit) {
+      out_ += text;
+    } else {
+      put_long(text);
+    }
+  }
+
+  // What a line has no room for goes on in the next one: nothing of a value is lost.
+  void put_long(std::string_view text) {
+    while (!text.empty()) {
+      if (out_.size() - line_begin_ >= TemplateState::line_limit) {
+        out_ += '\n';
+        line_begin_ = out_.size();
+      }
+      const std::size_t room = TemplateState::line_limit - (out_.size() - line_begin_);
+      out_ += text.substr(0, room);
+      text.remove_prefix(std::min(room, text.size()));
+    }
   }
 
   void put_variable(const TemplateVariable& variable) {
@@ -80,7 +96,12 @@ class Engine {
     if (variable.is_limit) {
       if (const auto limit = limit_text(*value, state_.limit_digits, limit_width)) return put(*limit);
     }
-    put(*value);
+    const auto is_control = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    if (std::none_of(value->begin(), value->end(), is_control)) return put(*value);
+    // A line break in a value would begin a line of the report.
+    std::string printable(*value);
+    std::replace_if(printable.begin(), printable.end(), is_control, ' ');
+    put(printable);
   }
 
   void end_line() {
@@ -126,6 +147,8 @@ class Engine {
         break;
       case Place::standard:
         if (!state_.has_standard) break;
+        if (const auto own = state_.standard_texts.find(variable.name); own != state_.standard_texts.end())
+          return own->second;
         if (state_.standard == nullptr) return std::string_view();
         return state_.standard->text[static_cast<std::size_t>(variable.standard_field)];
       case Place::run: break;
@@ -148,7 +171,8 @@ class Engine {
       case Place::line_2:
         if (state_.compare) source_.lines[variable.place == Place::line_2 ? 1 : 0].set(variable.line, value);
         [[fallthrough]];
-      default: run_variable_set(run_, variable.name, value); break;
+      case Place::run: run_variable_set(run_, variable.name, value); break;
+      case Place::standard: state_.standard_texts[variable.name] = value; break;
     }
   }
 
@@ -167,21 +191,23 @@ class Engine {
       case FunctionKind::std: return standard(function, 0, state_.compare ? 4672 : 0);
       case FunctionKind::std_1: return standard(function, 0, state_.compare ? 0 : 4673);
       case FunctionKind::std_2: return standard(function, 1, state_.compare ? 0 : 4673);
-      case FunctionKind::trace: return trace(0, state_.compare ? 4674 : 0);
-      case FunctionKind::trace_1: return trace(0, state_.compare ? 0 : 4675);
-      case FunctionKind::trace_2: return trace(1, state_.compare ? 0 : 4675);
+      case FunctionKind::trace: return trace(function, 0, state_.compare ? 4674 : 0);
+      case FunctionKind::trace_1: return trace(function, 0, state_.compare ? 0 : 4675);
+      case FunctionKind::trace_2: return trace(function, 1, state_.compare ? 0 : 4675);
     }
     return true;
   }
 
-  static bool whole(const FunctionCall& function) { return function.fault == 0 || errp(function.fault); }
+  bool whole(const FunctionCall& function) const {
+    return function.fault == 0 || errp(function.fault, text_.path, function.line);
+  }
 
   bool split(const FunctionCall& function) {
     const std::vector<Argument>& arguments = function.arguments;
     if (arguments.empty()) return whole(function);
     const TemplateVariable& first = text_.variables[arguments[0].variable];
     const auto value = value_of(first);
-    if (!value) return errp(4938, first.name);
+    if (!value) return errp(4938, text_.path, function.line, first.name);
     const std::string kept(*value);  // a variable may be split into itself
     std::string_view rest = kept;
     for (std::size_t i = 1; i < arguments.size(); i += 2) {
@@ -209,7 +235,7 @@ class Engine {
 
   bool limit_digits(const FunctionCall& function) {
     if (function.number < 1 || function.number > TemplateState::most_digits)
-      return errp(4946, function.number);
+      return errp(4946, text_.path, function.line, function.number);
     if (!whole(function)) return false;
     state_.limit_digits = function.number;
     return true;
@@ -217,11 +243,13 @@ class Engine {
 
   // Beyond the last standard the variables are empty; without a trace file there is none to name.
   bool standard(const FunctionCall& function, std::size_t which, int misplaced) {
-    if (function.number < 1 || function.number > most_standards) return errp(4944, function.number);
-    if (misplaced != 0) return errp(misplaced);
+    if (function.number < 1 || function.number > most_standards)
+      return errp(4944, text_.path, function.line, function.number);
+    if (misplaced != 0) return errp(misplaced, text_.path, function.line);
     if (!whole(function)) return false;
     const std::vector<TraceRecord>& records = source_.standards[which];
-    if (records.empty() && !trace_is_open() && !state_.compare) return errp(4943, function.number);
+    if (records.empty() && !trace_is_open() && !state_.compare)
+      return errp(4943, text_.path, function.line, function.number);
     const auto index = static_cast<std::size_t>(function.number - 1);
     choose(index < records.size() ? &records[index] : nullptr);
     return true;
@@ -230,11 +258,12 @@ class Engine {
   void choose(const TraceRecord* record) {
     state_.standard = record;
     state_.has_standard = true;
+    state_.standard_texts.clear();
   }
 
   // The key's template once for each standard. In a trace template the function is passed over.
-  bool trace(std::size_t which, int misplaced) {
-    if (misplaced != 0) return errp(misplaced);
+  bool trace(const FunctionCall& function, std::size_t which, int misplaced) {
+    if (misplaced != 0) return errp(misplaced, text_.path, function.line);
     if (state_.in_trace) return true;
     end_line();
     const std::string& file = startup_config().trace_template;
@@ -251,6 +280,7 @@ class Engine {
     state_.in_trace = false;
     state_.standard = before;
     state_.has_standard = had;
+    state_.standard_texts.clear();
     line_begin_ = out_.size();
     return ok;
   }
@@ -284,11 +314,11 @@ bool template_check_page_fill(const Template& text) {
       if (kind == TokenKind::newline) {
         ++lines;
       } else if (lines > 0 && kind != TokenKind::text && kind != TokenKind::blanks) {
-        return errp(4700);
+        return errp(4700, text.path, mark.line);
       }
     }
     const bool cut_off = at == text.tokens.size() && text.open_end && lines == 1;
-    return (lines > 0 && !cut_off) || errp(4700);
+    return (lines > 0 && !cut_off) || errp(4700, text.path, mark.line);
   }
   return true;
 }

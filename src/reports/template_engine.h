@@ -7,7 +7,7 @@
 //
 // A word that ends in "$" is a variable; one that is not set stands for itself. Text behind blanks stands in the column
 // in which the template has it, or at once behind a value that overran its room. An empty line writes nothing; "\ "
-// makes one of a blank. "#" and ";" at the start of a line make it a comment. "\" takes the next character as text, and
+// makes one of a blank. A line of more than 256 characters goes on in the next one. "#" and ";" at the start of a line make it a comment. "\" takes the next character as text, and
 // at the end of a line joins the next one, whose columns go on.
 //
 // RSLT_TYPE$(NAME) begins a section. The text above the first one is section 0.
@@ -15,6 +15,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -68,11 +69,13 @@ struct ReportSource {
 /// The state that lasts from section to section of one report.
 struct TemplateState {
   static constexpr std::size_t line_limit = 256;
-  static constexpr int most_digits = 16, first_digits = 6;
-  int limit_digits = first_digits;        // LDIG$
-  const TraceRecord* standard = nullptr;  // of STD$(; null: none has been chosen
-  bool has_standard = false;              // the T_ variables are set, also to nothing
-  bool in_trace = false;                  // a trace template is run
+  // Ten digits show a limit as it was reckoned: with fewer a reading within it may seem to lie beyond.
+  static constexpr int most_digits = 16, first_digits = 10;
+  int limit_digits = first_digits;                    // LDIG$
+  const TraceRecord* standard = nullptr;              // of STD$(; null: none has been chosen
+  bool has_standard = false;                          // the T_ variables are set, also to nothing
+  std::map<std::string, std::string> standard_texts;  // that a template has put in their place
+  bool in_trace = false;                              // a trace template is run
   bool compare = false;
 };
 

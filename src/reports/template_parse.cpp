@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <map>
+#include <utility>
 
 #include "platform/files.h"
 
@@ -107,6 +108,7 @@ class Parser {
     // A last line without its end counts all the same.
     out_.open_end = !out_.tokens.empty() && out_.tokens.back().kind != TokenKind::newline;
     if (out_.open_end) add(TokenKind::newline, 0, 0);
+    out_.lines = line_;
   }
 
  private:
@@ -135,9 +137,13 @@ class Parser {
   void skip_line() {
     const std::size_t end = text_.find('\n', at_);
     at_ = end == std::string_view::npos ? text_.size() : end + 1;
+    ++line_;
   }
   bool line_break() const { return peek() == '\n' || (peek() == '\r' && peek(1) == '\n'); }
-  void take_line_break() { at_ += peek() == '\r' ? 2U : 1U; }
+  void take_line_break() {
+    at_ += peek() == '\r' ? 2U : 1U;
+    ++line_;
+  }
 
   // True where a new line begins.
   bool token() {
@@ -198,6 +204,7 @@ class Parser {
 
   void mark() {
     SectionMark mark;
+    mark.line = line_;
     skip_blanks();
     const std::size_t begin = at_;
     while (goes_on_word(peek())) ++at_;
@@ -215,8 +222,16 @@ class Parser {
 
   // --- Arguments ---
 
+  bool at_joint() const {
+    return peek() == '\\' && (peek(1) == '\n' || (peek(1) == '\r' && peek(2) == '\n'));
+  }
+  // Arguments go on in a line that a backslash joins.
   void skip_blanks() {
-    while (peek() == ' ' || peek() == '\t') ++at_;
+    while (peek() == ' ' || peek() == '\t' || at_joint()) {
+      const bool joint = at_joint();
+      ++at_;
+      if (joint) take_line_break();
+    }
   }
   bool take(char c) {
     skip_blanks();
@@ -300,6 +315,7 @@ class Parser {
   void function(FunctionKind kind, std::size_t begin) {
     FunctionCall call;
     call.kind = kind;
+    call.line = line_;
     switch (kind) {
       case FunctionKind::split: split_arguments(call); break;
       case FunctionKind::subst: subst_arguments(call); break;
@@ -316,6 +332,7 @@ class Parser {
   Template& out_;
   std::string_view text_;
   std::size_t at_ = 0;
+  int line_ = 1;
   std::string pending_;
   std::size_t pending_columns_ = 0;
   std::map<std::string, std::uint32_t> known_;
@@ -337,12 +354,14 @@ Section section_of_letter(char letter) {
   return Section::top;
 }
 
-Template::Template(std::string_view text) { Parser(*this, text).parse(); }
+Template::Template(std::string_view text, std::string the_path) : path(std::move(the_path)) {
+  Parser(*this, text).parse();
+}
 
 std::shared_ptr<const Template> template_open(const std::string& file) {
   std::string text;
   if (file.empty() || read_file(file, template_limit, text) != ReadResult::ok) return nullptr;
-  return std::make_shared<const Template>(text);
+  return std::make_shared<const Template>(text, file);
 }
 
 }  // namespace orvane
