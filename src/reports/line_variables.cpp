@@ -123,7 +123,8 @@ std::string absolute_text(const Tolerance& tolerance, std::string_view unit) {
   return formatted("-%s/+%s%s", three_digits(tolerance.neg), three_digits(tolerance.pos), unit);
 }
 
-constexpr double most_relative = 5, least_percent = 0.001, ppm = 1e6, percent = 100;
+// A tolerance of 0.1 percent stays one however its limits were rounded.
+constexpr double most_relative = 5, least_percent = 0.00099999, ppm = 1e6, percent = 100;
 
 std::string percent_side(double share) {
   return share > most_relative ? std::string(">500") : three_digits(share * percent);

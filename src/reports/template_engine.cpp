@@ -265,7 +265,9 @@ class Engine {
   bool trace(const FunctionCall& function, std::size_t which, int misplaced) {
     if (misplaced != 0) return errp(misplaced, text_.path, function.line);
     if (state_.in_trace) return true;
+    const std::size_t column = column_;
     end_line();
+    column_ = column;
     const std::string& file = startup_config().trace_template;
     const std::shared_ptr<const Template> each = template_open(file);
     if (each == nullptr) return errp(31240, file);

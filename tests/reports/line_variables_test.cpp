@@ -67,7 +67,6 @@ TEST(LineVariables, ColumnsByTheLetter) {
       {'G', test, V::ER, "(none)"},
       {'E', judged, V::RM, "looks clean: yes"},
       {'E', judged, V::TR, "FAIL"},
-      {'d', judged, V::CO, "MARGINAL"},
       {'D', judged, V::ET, "FAIL"},
       {'D', judged, V::TR, "PASS"},
       {'K', judged, V::UI, "(none)"},
@@ -90,7 +89,7 @@ TEST(LineVariables, ToleranceInWords) {
       {{}, 'M', "0.1%", "0.01V", "0.1%"},
       // What was applied may lie as far below what was indicated as that may lie above.
       {{.lower = 9.998, .upper = 10.01}, 'M', "-0.1/+0.02%", "-0.01/+0.002V", "0.1%"},
-      {{.lower = 9.999, .upper = 10.001}, 'M', "0.01%", "0.001V", "0.01%"},
+      {{.lower = 9.999, .upper = 10.001}, 'M', "100ppm", "0.001V", "100ppm"},
       {{.lower = 9.9999, .upper = 10.0001}, 'M', "10ppm", "0.0001V", "10ppm"},
       {{.indicated = "0V", .lower = -0.002, .upper = 0.002}, 'M', "0.002V", "0.002V", "(none)"},
       {{.actual = "0V"}, 'M', "0.01V", "0.01V", "0.1%"},
@@ -140,7 +139,7 @@ TEST(LimitText, ADoubleSurvivesAndANumberIsNeverCut) {
                {9.9985, 3, "V", "10V"},
                {1.0 / 3, 16, "V", "0.3333333333333333"},  // the unit does not fit any more
                {-1.0 / 3, 16, "", "-0.333333333333333"},  // and the number in fewer digits
-               {-9.998500000000001e-07, 16, "V", "-9.9985e-07"},
+               {-9.998500000000001e-07, 16, "V", "-9.9985e-07V"},
                {0, 6, "mV", "0mV"}};
   for (const auto& c : cases) {
     const auto text = limit_text(packed_limit(c.value, 4, c.unit), c.digits, 18);

@@ -34,12 +34,12 @@ class ReportTest : public EngineTest {
  protected:
   ReportTest() : before_(startup_config()) {
     config.workdir = folder.string();
-    config.rslt_template = write("first.txt", "RPT_TYPE$ RPT_CODE$ of SER_NUM$\n");
+    config.rslt_template = write("first.txt", "RPT_TYPE$  RPT_CODE$ of SER_NUM$\n");
     config.cal_cert_template = write("cert.txt", "certificate of SER_NUM$\n");
     config.rslt_page = write("page.txt", "heading\n");
     config.rslt_col_template =
         write("lines.txt",
-              "RSLT_TYPE$(INSTR)\nTN$ SA$  TR$\nRSLT_TYPE$(REMARK)\n* RM$\nRSLT_TYPE$(SEPARATOR)\n--\n"
+              "RSLT_TYPE$(INSTR)\nTN$     SA$   TR$\nRSLT_TYPE$(REMARK)\n* RM$\nRSLT_TYPE$(SEPARATOR)\n--\n"
               "RSLT_TYPE$(END)\nend\nRSLT_TYPE$(END_SUMMARY)\nsummary NUM_FAILED$\n");
     write("rsltsort.tmp", log);
     run_variable_set(run, "SER_NUM$", "S1");
@@ -73,12 +73,12 @@ class ReportTest : public EngineTest {
 
 TEST_F(ReportTest, EachKindHasItsParts) {
   const std::string lines =
-      "  1     10.1V  PASS\n* well\n--\n  2-1   10.2V  FAIL\n--\n  3     10.3V  PASS\nend\n";
-  EXPECT_EQ(report(8), "RESULTS 2 of S1\n" + marks[0] + "heading\n" + marks[1] + lines);
-  EXPECT_EQ(report(121), "AS FOUND 4 of S1\n" + marks[0] + "heading\n" + marks[1] + lines);
-  EXPECT_EQ(report(122), "AS LEFT 5 of S1\n" + marks[0] + "heading\n" + marks[1] + lines);
+      "  1     10.1V PASS\n* well\n--\n  2-1   10.2V FAIL\n--\n  3     10.3V PASS\nend\n";
+  EXPECT_EQ(report(8), "RESULTS    2         of S1\n" + marks[0] + "heading\n" + marks[1] + lines);
+  EXPECT_EQ(report(121), "AS FOUND   4         of S1\n" + marks[0] + "heading\n" + marks[1] + lines);
+  EXPECT_EQ(report(122), "AS LEFT    5         of S1\n" + marks[0] + "heading\n" + marks[1] + lines);
   EXPECT_EQ(report(107), "certificate of S1\n" + marks[0] + marks[1]);
-  EXPECT_EQ(report(9), "SUMMARY 3 of S1\nsummary 0\n" + marks[0] + marks[1]);
+  EXPECT_EQ(report(9), "SUMMARY    3         of S1\nsummary 0\n" + marks[0] + marks[1]);
   EXPECT_EQ(fault(10), 4615);
   // Without a template of the lines: the printed ones, with numbers that tell where a test stands.
   config.rslt_col_template.clear();
@@ -163,7 +163,7 @@ TEST_F(ReportTest, TwoRunsBesideEachOther) {
   config.rslt_page_fl_template = write("page-fl.txt", "both\n");
   config.rslt_col_fl_template =
       write("lines-fl.txt",
-            "RSLT_TYPE$(INSTR)\nTN$ SA1$  | SA2$  | TR1$ TR2$\nRSLT_TYPE$(REMARK)\n* RM$\n"
+            "RSLT_TYPE$(INSTR)\nTN$     SA1$  | SA2$  | TR1$ TR2$\nRSLT_TYPE$(REMARK)\n* RM$\n"
             "RSLT_TYPE$(SEPARATOR)\n");
   ASSERT_TRUE(saved_run_write(run, path("found.raw")));
   write("rsltsort.tmp", log_text("0000.000", 'C', "          2 ENTER MAIN") +
@@ -173,7 +173,7 @@ TEST_F(ReportTest, TwoRunsBesideEachOther) {
   run_variable_set(run, "SER_NUM$", "in hand");
   ASSERT_TRUE(report_compare(run, path("found.raw"), path("left.raw"), path("rslt.raw")))
       << desk.last_message();
-  EXPECT_EQ(contents(path("rslt.raw")), "S1       S2       S2      RESULTS\n" + marks[0] + "both\n" +
+  EXPECT_EQ(contents(path("rslt.raw")), "S1        S2        S2       RESULTS\n" + marks[0] + "both\n" +
                                             marks[1] +
                                             "  1     10.1V | 9.9V  | PASS PASS\n"
                                             "* well\n"
