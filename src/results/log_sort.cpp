@@ -24,8 +24,8 @@ constexpr int test_limit = 32767;
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
 namespace slot_flag {
-constexpr std::uint8_t seen = 1, seen_twice = 2, adjusted = 4, failed = 8, marginal = 16, notify_user = 32,
-                       dropped = 64;
+[[maybe_unused]] constexpr std::uint8_t seen = 1, seen_twice = 2, adjusted = 4, failed = 8, marginal = 16,
+                                        notify_user = 32, dropped = 64;
 constexpr std::uint8_t verdict = failed | marginal | notify_user;
 }  // namespace slot_flag
 
