@@ -13,6 +13,7 @@
 #include "results/result_list.h"
 #include "state/fsc.h"
 #include "state/report.h"
+#include "state/run_variables.h"
 #include "values/dates.h"
 #include "values/numbers.h"
 #include "values/units.h"
@@ -143,8 +144,7 @@ std::string started_text(const RunState& run) {
 Json run_json(const RunState& run, const RunEnd& end) {
   const OverallResult result = r_count(run.results);
   Json variables = Json::object();
-  for (const RunVariable& variable : run.pipeline.variables)
-    variables[utf8(variable.name)] = utf8(variable.value);
+  for (const auto& [name, value] : run_variable_list(run)) variables[utf8(name)] = utf8(value);
   return {{"procedure", utf8(end.procedure)},
           {"started", started_text(run)},
           {"mode", run.demo_mode ? "demo" : "real"},
@@ -266,8 +266,8 @@ std::string results_csv(const RunState& run, const RunEnd& end) {
   csv.line({"", "", "overall", "", end.overall, "", ""});
   csv.line({"", "", "tests", std::to_string(result.tests), "", "", ""});
   csv.line({"", "", "failed", std::to_string(result.failed), "", "", ""});
-  for (const RunVariable& variable : run.pipeline.variables)
-    csv.line({"", "", utf8(variable.name), "", utf8(variable.value), "", ""});
+  for (const auto& [name, value] : run_variable_list(run))
+    csv.line({"", "", utf8(name), "", utf8(value), "", ""});
   for (const auto& record : run.results.records) csv_record(csv, *record);
   return csv.text;
 }

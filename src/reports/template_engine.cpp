@@ -36,14 +36,14 @@ class Engine {
   // Passes over the marks in front of the section, as a reader of the file does.
   bool find(Section section, bool optional, std::size_t& at) {
     for (const SectionMark& mark : text_.marks) {
-      if (mark.name.empty()) return errp(4648, text_.path, mark.line);
-      if (!mark.section) return errp(4649, text_.path, mark.line, mark.name);
+      if (mark.name.empty()) return errp(4648, text_.template_path, mark.template_line);
+      if (!mark.section) return errp(4649, text_.template_path, mark.template_line, mark.name);
       if (*mark.section != section) continue;
       at = mark.token + 1;
       return true;
     }
     missing_ok_ = optional;
-    return optional ? false : errp(4647, text_.path, text_.lines, section_name(section));
+    return optional ? false : errp(4647, text_.template_path, text_.lines, section_name(section));
   }
 
   // --- Layout ---
@@ -199,7 +199,7 @@ class Engine {
   }
 
   bool whole(const FunctionCall& function) const {
-    return function.fault == 0 || errp(function.fault, text_.path, function.line);
+    return function.fault == 0 || errp(function.fault, text_.template_path, function.template_line);
   }
 
   bool split(const FunctionCall& function) {
@@ -207,7 +207,7 @@ class Engine {
     if (arguments.empty()) return whole(function);
     const TemplateVariable& first = text_.variables[arguments[0].variable];
     const auto value = value_of(first);
-    if (!value) return errp(4938, text_.path, function.line, first.name);
+    if (!value) return errp(4938, text_.template_path, function.template_line, first.name);
     const std::string kept(*value);  // a variable may be split into itself
     std::string_view rest = kept;
     for (std::size_t i = 1; i < arguments.size(); i += 2) {
@@ -235,7 +235,7 @@ class Engine {
 
   bool limit_digits(const FunctionCall& function) {
     if (function.number < 1 || function.number > TemplateState::most_digits)
-      return errp(4946, text_.path, function.line, function.number);
+      return errp(4946, text_.template_path, function.template_line, function.number);
     if (!whole(function)) return false;
     state_.limit_digits = function.number;
     return true;
@@ -244,12 +244,12 @@ class Engine {
   // Beyond the last standard the variables are empty; without a trace file there is none to name.
   bool standard(const FunctionCall& function, std::size_t which, int misplaced) {
     if (function.number < 1 || function.number > most_standards)
-      return errp(4944, text_.path, function.line, function.number);
-    if (misplaced != 0) return errp(misplaced, text_.path, function.line);
+      return errp(4944, text_.template_path, function.template_line, function.number);
+    if (misplaced != 0) return errp(misplaced, text_.template_path, function.template_line);
     if (!whole(function)) return false;
     const std::vector<TraceRecord>& records = source_.standards[which];
     if (records.empty() && !trace_is_open() && !state_.compare)
-      return errp(4943, text_.path, function.line, function.number);
+      return errp(4943, text_.template_path, function.template_line, function.number);
     const auto index = static_cast<std::size_t>(function.number - 1);
     choose(index < records.size() ? &records[index] : nullptr);
     return true;
@@ -263,7 +263,7 @@ class Engine {
 
   // The key's template once for each standard. In a trace template the function is passed over.
   bool trace(const FunctionCall& function, std::size_t which, int misplaced) {
-    if (misplaced != 0) return errp(misplaced, text_.path, function.line);
+    if (misplaced != 0) return errp(misplaced, text_.template_path, function.template_line);
     if (state_.in_trace) return true;
     const std::size_t column = column_;
     end_line();
@@ -316,11 +316,11 @@ bool template_check_page_fill(const Template& text) {
       if (kind == TokenKind::newline) {
         ++lines;
       } else if (lines > 0 && kind != TokenKind::text && kind != TokenKind::blanks) {
-        return errp(4700, text.path, mark.line);
+        return errp(4700, text.template_path, mark.template_line);
       }
     }
     const bool cut_off = at == text.tokens.size() && text.open_end && lines == 1;
-    return (lines > 0 && !cut_off) || errp(4700, text.path, mark.line);
+    return (lines > 0 && !cut_off) || errp(4700, text.template_path, mark.template_line);
   }
   return true;
 }

@@ -204,7 +204,7 @@ class Parser {
 
   void mark() {
     SectionMark mark;
-    mark.line = line_;
+    mark.template_line = line_;
     skip_blanks();
     const std::size_t begin = at_;
     while (goes_on_word(peek())) ++at_;
@@ -315,7 +315,7 @@ class Parser {
   void function(FunctionKind kind, std::size_t begin) {
     FunctionCall call;
     call.kind = kind;
-    call.line = line_;
+    call.template_line = line_;
     switch (kind) {
       case FunctionKind::split: split_arguments(call); break;
       case FunctionKind::subst: subst_arguments(call); break;
@@ -354,7 +354,7 @@ Section section_of_letter(char letter) {
   return Section::top;
 }
 
-Template::Template(std::string_view text, std::string the_path) : path(std::move(the_path)) {
+Template::Template(std::string_view text, std::string the_path) : template_path(std::move(the_path)) {
   Parser(*this, text).parse();
 }
 

@@ -42,21 +42,21 @@ struct FunctionCall {
   std::vector<Argument> arguments;
   int number = 0;  // of LDIG$( and STD$(
   int fault = 0;   // the message of what is wrong behind the last argument; 0 if the call is whole
-  int line = 0;    // of the template
+  int template_line = 0;
 };
 
 struct SectionMark {
   std::string name;  // empty: there was none
   std::optional<Section> section;
   std::size_t token = 0;  // of the mark
-  int line = 0;
+  int template_line = 0;
 };
 
 class Template {
  public:
   explicit Template(std::string_view text, std::string the_path = {});
 
-  std::string path;  // for reports
+  std::string template_path;  // for reports
   int lines = 0;
   std::vector<Token> tokens;
   std::vector<std::string> texts;

@@ -95,10 +95,9 @@ class TraceReader {
   }
 
  private:
-  template <class... A>
-  bool fault(int number, const A&... args) {
+  bool fault(int number, const MessageArg& first = "", const MessageArg& second = "") {
     failed_ = true;
-    return errp(number, source_, lines_.number(), args...);
+    return errp(number, source_, lines_.number(), first, second);
   }
 
   bool take(std::string& line) {
