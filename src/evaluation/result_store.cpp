@@ -6,6 +6,7 @@
 #include <new>
 
 #include "evaluation/instrument_modes.h"
+#include "evaluation/number_forms.h"
 #include "evaluation/uncertainty.h"
 #include "settings/settings.h"
 #include "state/fsc.h"
@@ -89,24 +90,6 @@ std::uint8_t best_prefix(double value, UnitCode unit) {
   constexpr int middle = 4;
   const int step = eng_split(value).exponent / exponent_of_prefix_step + middle;
   return by_step[std::clamp(step, 0, static_cast<int>(std::size(by_step)) - 1)];
-}
-
-// Digits behind the point that show `significant` digits of a number in fixed form.
-int fixed_decimals(double value, int significant) {
-  if (value == 0.0 || !std::isfinite(value)) return std::max(significant - 1, 0);
-  const int before = static_cast<int>(std::floor(std::log10(std::fabs(value)))) + 1;
-  constexpr int most = 30;
-  return std::clamp(significant - before, 0, most);
-}
-
-std::string engineering_text(const ResultValue& value) {
-  const EngineeringParts parts = eng_split(value.raw);
-  const int decimals = fixed_decimals(parts.mantissa, value.resolution + 1);
-  std::string text = print_number(parts.mantissa, 'f', decimals);
-  const int exponent = std::abs(parts.exponent);
-  text += parts.exponent < 0 ? "E-" : "E+";
-  if (exponent < 10) text += '0';
-  return text + std::to_string(exponent);
 }
 
 // --- Quantities as typed -----------------------------------------------------------------------------------------
@@ -266,38 +249,48 @@ bool r_withdraw_latest(RunState& run) {
   return true;
 }
 
-void r_set_value(ResultRecord& record, ResultField field, int resolution, double value, std::uint8_t prefix,
-                 std::uint8_t units_code, std::string_view units, bool exponent) {
+void r_set_number(ResultRecord& record, ResultField field, int digits, int form, double value,
+                  std::uint8_t prefix, std::uint8_t units_code, std::string_view units) {
+  constexpr int most_digits = 30;
   ResultValue& stored = place_for(record, field);
   stored.status = ResultValue::filled | ResultValue::has_value;
-  if (exponent) stored.status |= ResultValue::exponent_form;
+  if (form == number_form::exponent) stored.status |= ResultValue::exponent_form;
   stored.raw = value;
-  stored.resolution = static_cast<std::uint8_t>(std::clamp(resolution, 0, 30));
+  stored.resolution = static_cast<std::uint8_t>(std::clamp(digits, 0, most_digits));
+  stored.form = static_cast<std::uint8_t>(form);
   stored.prefix = prefix;
   stored.units_code = units_code;
   put_text(record, stored, units);
 }
 
+void r_set_value(ResultRecord& record, ResultField field, int resolution, double value, std::uint8_t prefix,
+                 std::uint8_t units_code, std::string_view units, bool exponent) {
+  r_set_number(record, field, resolution, exponent ? number_form::exponent : number_form::fixed, value,
+               prefix, units_code, units);
+}
+
 void r_add_value(ResultRecord& record, ResultField field, int resolution, double value, std::uint8_t prefix,
                  std::uint8_t units_code, std::string_view units) {
-  bool exponent = true;
-  const int form = record.display_form;
-  if (form == display_form::nominal || form == display_form::prefix) {
-    exponent = false;
-    if (units_code != unit_code::none) {
-      const double base = value * factor_of(prefix);
-      const ResultValue* nominal = record.find(ResultField::nominal);
-      prefix = form == display_form::prefix ? best_prefix(base, units_code)
-               : nominal != nullptr         ? nominal->prefix
-                                            : std::uint8_t{prefix_code::none};
-      value = base / factor_of(prefix);
-    }
-    resolution = fixed_decimals(value, resolution + 1);
+  const int shown = record.display_form;
+  const bool scaled = shown == display_form::nominal || shown == display_form::prefix;
+  if (scaled && units_code != unit_code::none) {
+    const double base = value * factor_of(prefix);
+    const ResultValue* nominal = record.find(ResultField::nominal);
+    prefix = shown == display_form::prefix ? best_prefix(base, units_code)
+             : nominal != nullptr          ? nominal->prefix
+                                           : std::uint8_t{prefix_code::none};
+    value = base / factor_of(prefix);
   }
-  r_set_value(record, field, resolution, value, prefix, units_code, units, exponent);
-  if (form == display_form::engineering) {
-    const std::uint8_t place = record.places[static_cast<std::size_t>(field)];
-    record.values[place - 1U].engineering = 1;
+  switch (shown) {
+    case display_form::engineering:
+      return r_set_number(record, field, resolution, number_form::engineering, value, prefix, units_code,
+                          units);
+    case display_form::nominal:
+      return r_set_number(record, field, resolution + 1, number_form::significant, value, prefix, units_code,
+                          units);
+    case display_form::prefix:
+      return r_set_number(record, field, resolution, number_form::mantissa, value, prefix, units_code, units);
+    default: r_set_number(record, field, resolution, number_form::exponent, value, prefix, units_code, units);
   }
 }
 
@@ -342,9 +335,7 @@ std::string r_text(const ResultRecord& record, ResultField field) {
     case ResultKind::integer: return std::to_string(static_cast<std::int32_t>(value->raw));
     case ResultKind::value: break;
   }
-  if (value->engineering != 0) return engineering_text(*value);
-  const bool exponent = (value->status & ResultValue::exponent_form) != 0;
-  return print_number(value->raw, exponent ? 'E' : 'f', value->resolution);
+  return format_number(value->raw, value->resolution, value->form);
 }
 
 std::string_view r_units(const ResultRecord& record, const ResultValue& value) {

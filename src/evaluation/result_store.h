@@ -44,7 +44,11 @@ TypedQuantity r_nominal(const RunState& run, const FscRecord& record);
 void r_add_value(ResultRecord& record, ResultField field, int resolution, double value, std::uint8_t prefix,
                  std::uint8_t units_code, std::string_view units = {});
 
-/// Fills a number as it stands: its own prefix, `resolution` digits behind the point.
+/// Fills a number as it stands, printed with so many digits in a form of number_forms.h.
+void r_set_number(ResultRecord& record, ResultField field, int digits, int form, double value,
+                  std::uint8_t prefix, std::uint8_t units_code, std::string_view units = {});
+
+/// The same with `resolution` digits behind the point.
 void r_set_value(ResultRecord& record, ResultField field, int resolution, double value, std::uint8_t prefix,
                  std::uint8_t units_code, std::string_view units = {}, bool exponent = false);
 

@@ -9,12 +9,12 @@
 #include "evaluation/instrument_modes.h"
 #include "evaluation/judgement.h"
 #include "evaluation/memc.h"
+#include "evaluation/number_forms.h"
 #include "evaluation/result_lines.h"
 #include "evaluation/result_log.h"
 #include "evaluation/result_store.h"
 #include "evaluation/tolerance.h"
 #include "evaluation/uncertainty.h"
-#include "results/number_forms.h"
 #include "results/result_list.h"
 #include "results/signal_fields.h"
 #include "settings/fmt.h"
@@ -41,20 +41,6 @@ bool is_comparison(const FscRecord& record) {
 
 double factor_of(std::uint8_t prefix) {
   return prefix == prefix_code::absent ? 1.0 : prefix_multiplier(prefix);
-}
-
-struct UncertaintyForm {
-  int digits, form;
-};
-UncertaintyForm uncertainty_form(RunState& run) {
-  constexpr int engineering = 1, nominal = 2, prefix = 3;  // UFMT
-  const int digits = setting_code(run, Setting::NSD);
-  switch (setting_code(run, Setting::UFMT)) {
-    case engineering: return {digits - 1, form::engineering};
-    case nominal: return {digits, form::significant};
-    case prefix: return {digits - 1, form::mantissa};
-    default: return {digits - 1, form::exponent};
-  }
 }
 
 class Catalogue {
@@ -106,25 +92,12 @@ class Catalogue {
   bool put(F field, std::string_view name, double value, int digits, int number_form, std::uint8_t prefix,
            std::uint8_t unit, std::string_view units = {}) {
     if (!std::isfinite(value)) return false;
-    const std::string* text = printed(name, value, digits, number_form);
-    if (text == nullptr) return false;
-    r_set_value(record_, field, digits, value, prefix, unit, units, number_form == form::exponent);
-    return r_set_printed(record_, field, *text);
+    std::string text;
+    const bool formatted = !run_.formats.empty() && fmt_find(run_, name) != nullptr;
+    if (formatted && !format_field(run_, name, value, digits, number_form, text)) return false;
+    r_set_number(record_, field, digits, number_form, value, prefix, unit, units);
+    return !formatted || r_set_printed(record_, field, text);
   }
-
-  // The printed number. A test has the same one in many fields, so the latest are kept. Null after a report.
-  const std::string* printed(std::string_view name, double value, int digits, int number_form) {
-    const bool formatted = !name.empty() && !run_.formats.empty() && fmt_find(run_, name) != nullptr;
-    if (!formatted) {
-      for (const Printed& one : latest_) {
-        if (one.value == value && one.digits == digits && one.form == number_form) return &one.text;
-      }
-    }
-    Printed& next = latest_[++next_ % latest_.size()];
-    next = {value, digits, formatted ? 0 : number_form, {}};
-    return format_field(run_, name, value, digits, number_form, next.text) ? &next.text : nullptr;
-  }
-
   // A number of which a side of the test was made: it has the unit of the nominal and its digits.
   bool put_at_least(F field, std::string_view name, double value, int step = 0) {
     return put(field, name, value, own_digits(step), form::at_least);
@@ -359,13 +332,6 @@ class Catalogue {
   bool judged_ = false, go_no_go_ = false, by_uut_ = false;
   bool has_columns_ = false;  // RANGE, NOMINAL and MOD1; a statement with parameters by name has none
   double measured_ = 0, fixed_ = 0;
-  struct Printed {
-    double value = 0;
-    int digits = -1, form = 0;
-    std::string text = {};
-  };
-  std::array<Printed, 6> latest_;
-  std::size_t next_ = 0;
   std::array<int, beyond_resolution + 1> digits_ = {-1, -1, -1};
 };
 
@@ -425,20 +391,19 @@ constexpr NameRow family_names[] = {
 
 bool Catalogue::uncertainty() {
   r_uncertainty(run_);
-  const UncertaintyForm shown = uncertainty_form(run_);
+  if (run_.formats.empty()) return true;  // they are stored in the form of NSD and UFMT
   const auto print = [&](F field, std::string_view name) {
     const ResultValue* value = record_.find(field);
-    if (value == nullptr) return true;
-    const std::string* text = printed(name, value->raw, shown.digits, shown.form);
-    return text != nullptr && r_set_printed(record_, field, *text);
+    const std::string* format = fmt_find(run_, name);
+    std::string text;
+    return value == nullptr || format == nullptr ||
+           (format_uncertainty(run_, name, value->raw, text) && r_set_printed(record_, field, text));
   };
   bool sound = true;
   for (const NameRow& row : chain_names) sound = print(row.field, row.name) && sound;
   for (const NameRow& row : family_names) {
-    for (int i = 1; i <= component_count; ++i) {
-      const std::string name = run_.formats.empty() ? std::string() : row.name + std::to_string(i);
-      sound = print(result_field(row.field, i), name) && sound;
-    }
+    for (int i = 1; i <= component_count; ++i)
+      sound = print(result_field(row.field, i), row.name + std::to_string(i)) && sound;
   }
   // Over the tenth coefficient stands the one that was written last.
   for (const auto& [which, name] : {std::pair{Quantity::cs1, "CS1"}, std::pair{Quantity::cs2, "CS2"}}) {
@@ -463,8 +428,14 @@ bool format_field(const RunState& run, std::string_view fmt_name, double value, 
 }
 
 bool format_uncertainty(RunState& run, std::string_view fmt_name, double value, std::string& out) {
-  const UncertaintyForm shown = uncertainty_form(run);
-  return format_field(run, fmt_name, value, shown.digits, shown.form, out);
+  constexpr int engineering = 1, nominal = 2, prefix = 3;  // UFMT
+  const int digits = setting_code(run, Setting::NSD);
+  switch (setting_code(run, Setting::UFMT)) {
+    case engineering: return format_field(run, fmt_name, value, digits - 1, form::engineering, out);
+    case nominal: return format_field(run, fmt_name, value, digits, form::significant, out);
+    case prefix: return format_field(run, fmt_name, value, digits - 1, form::mantissa, out);
+    default: return format_field(run, fmt_name, value, digits - 1, form::exponent, out);
+  }
 }
 
 std::string quantity_text(const ResultRecord& record, ResultField field) {

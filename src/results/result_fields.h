@@ -19,7 +19,7 @@ namespace orvane {
 /// title (2305) and stays empty; the others go on. The count of those that failed.
 int field_catalogue(RunState& run, const FscRecord& statement, double reference);
 
-/// Prints a number by the format of `fmt_name`, else in a form of results/number_forms.h. False after 2306 for a text
+/// Prints a number by the format of `fmt_name`, else in a form of evaluation/number_forms.h. False after 2306 for a text
 /// that is longer than a field holds.
 [[nodiscard]] bool format_field(const RunState& run, std::string_view fmt_name, double value, int digits,
                                 int form, std::string& out);

@@ -1,3 +1,6 @@
+// Results: the fields of a test's result, the list of a run's results and its table, the sorted log, the measurement file,
+// and the steps that lead from a finished run to all of them.
+//
 // What happens to the results of a run once it has ended, in order: the running log becomes the sorted one; the list is
 // sorted, thinned out and numbered; then, unless the operator gives the run up behind its end, it goes to the results
 // table of a database, with two delimited files beside it, or without a database into the two files alone (key

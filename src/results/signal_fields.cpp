@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "evaluation/instrument_modes.h"
+#include "evaluation/number_forms.h"
 #include "values/numbers.h"
 #include "values/units.h"
 
@@ -16,10 +17,12 @@ namespace u = unit_code;
 constexpr int all_digits = 12;
 constexpr std::uint16_t mod2_impedance = 2;
 
-void put(ResultRecord& record, F field, double value, std::uint8_t prefix, std::uint8_t unit,
-         std::string_view text) {
-  r_set_value(record, field, 0, value, prefix, unit);
-  static_cast<void>(r_set_printed(record, field, text.substr(0, printed_limit)));
+// As the field of the same quantity is printed.
+void put(ResultRecord& record, F field, const TypedQuantity& quantity, F as) {
+  const ResultValue* shown = record.find(as);
+  r_set_number(record, field, shown != nullptr ? shown->resolution : all_digits,
+               shown != nullptr ? shown->form : number_form::general, quantity.value, quantity.prefix,
+               quantity.unit);
 }
 
 // Which field of the signal a quantity is, by its unit.
@@ -93,24 +96,18 @@ bool modifier_of(const RunState& run, const FscRecord& statement, TypedQuantity&
 void fill_signal_fields(const RunState& run, const FscRecord& statement, ResultRecord& record) {
   const bool source = is_source_statement(statement.code());
   const TypedQuantity nominal = r_nominal(run, statement);
-  const std::string nominal_text = r_text(record, F::nominal);
-  if (const auto field = field_of(nominal.unit))
-    put(record, *field, nominal.value, nominal.prefix, nominal.unit, nominal_text);
+  if (const auto field = field_of(nominal.unit)) put(record, *field, nominal, F::nominal);
   TypedQuantity modifier;
   if (modifier_of(run, statement, modifier)) {
-    const std::string text = r_text(record, F::mod1);
-    if (const auto field = field_of(modifier.unit))
-      put(record, *field, modifier.value, modifier.prefix, modifier.unit, text);
-    if (is_amplitude(modifier.unit))
-      put(record, F::amplitude_1, modifier.value, modifier.prefix, modifier.unit, text);
+    if (const auto field = field_of(modifier.unit)) put(record, *field, modifier, F::mod1);
+    if (is_amplitude(modifier.unit)) put(record, F::amplitude_1, modifier, F::mod1);
     const bool alternating = modifier.unit == u::hertz || modifier.unit == u::second;
-    if (alternating && is_amplitude(nominal.unit))
-      put(record, F::amplitude_1, nominal.value, nominal.prefix, nominal.unit, nominal_text);
+    if (alternating && is_amplitude(nominal.unit)) put(record, F::amplitude_1, nominal, F::nominal);
   }
   if (statement.get(field::mod2_code) == mod2_impedance) {
     const double ohms = statement.get(field::mod2_value);
-    put(record, source ? F::output_impedance_1 : F::input_impedance, ohms, prefix_code::none, u::ohm,
-        print_number(ohms, 'g', all_digits));
+    r_set_number(record, source ? F::output_impedance_1 : F::input_impedance, all_digits,
+                 number_form::general, ohms, prefix_code::none, u::ohm);
   }
   if (source) put_word(record, F::waveform_1, waveforms, statement.get(field::mod3));
   put_word(record, F::sense, senses, statement.get(field::con));

@@ -1,8 +1,9 @@
 // What a run keeps of each test: its quantities by name, as the results table of the database and the reports take them.
 //
 // A record holds filled fields only: a number with its unit, a text, or a whole number, each a row of 24 bytes, and the
-// texts one behind the other. A number is kept as a number, and beside it the text that the test gave it: reports show
-// what was shown, whatever the procedure asks of later tests.
+// texts one behind the other. A number is kept with the digits and the form in which the test prints it, or, where the
+// procedure has asked for a format of its own, with its text: reports show what the test had, whatever the procedure asks
+// of later ones.
 #pragma once
 
 #include <array>
@@ -67,10 +68,10 @@ struct ResultValue {
   std::uint16_t text_size = 0;  // of a text or of a unit text of its own
   std::uint16_t status = 0;
   ResultField field = ResultField::count;
-  std::uint8_t resolution = 0;   // digits behind the point
-  std::uint8_t prefix = 0;       // prefix code
-  std::uint8_t units_code = 0;   // unit code
-  std::uint8_t engineering = 0;  // 1: the exponent is a multiple of 3
+  std::uint8_t resolution = 0;    // digits, as its form takes them
+  std::uint8_t prefix = 0;        // prefix code
+  std::uint8_t units_code = 0;    // unit code
+  std::uint8_t form = 0;          // number_form
   std::uint8_t printed_size = 0;  // of the printed text; 0: none was made
 };
 static_assert(sizeof(ResultValue) == 24);

@@ -71,17 +71,17 @@ TEST_F(ResultStore, DisplayForms) {
     const char* text;
     std::uint8_t prefix;
   };
-  const Case cases[] = {{"SCI", 0.0123456, u::volt, "1.2346E-02", p::none},
-                        {"ENGR", 0.0123456, u::volt, "12.346E-03", p::none},
-                        {"NOM", 0.0123456, u::volt, "12.346", p::milli},
+  const Case cases[] = {{"SCI", 0.0123456, u::volt, "1.2346e-02", p::none},
+                        {"ENGR", 0.0123456, u::volt, "12.346e-003", p::none},
+                        {"NOM", 0.0123456, u::volt, "12.3460", p::milli},
                         {"PREFIX", 0.0123456, u::volt, "12.346", p::milli},
                         {"PREFIX", 1234.56, u::volt, "1.2346", p::kilo},
                         {"PREFIX", -2.5e-7, u::amp, "-250.00", p::nano},
-                        {"PREFIX", 0.0123456, u::dbm, "0.012346", p::none},
-                        {"PREFIX", 0.0123456, u::none, "0.012346", p::none},
+                        {"PREFIX", 0.0123456, u::dbm, "0.0123", p::none},
+                        {"PREFIX", 0.0123456, u::none, "0.0123", p::none},
                         {"PREFIX", 0, u::volt, "0.0000", p::none},
-                        {"ENGR", 0, u::volt, "0.0000E+00", p::none},
-                        {"PREFIX", 1e-20, u::volt, "0.000000010000", p::pico}};
+                        {"ENGR", 0, u::volt, "0.0000e+000", p::none},
+                        {"PREFIX", 1e-20, u::volt, "0.0000", p::pico}};
   for (const Case& c : cases) {
     set("UFMT", c.form);
     ResultRecord& record = begin(comparison("10.0mV", "1%"));

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "evaluation/result_store.h"
-#include "results/number_forms.h"
+#include "evaluation/number_forms.h"
 #include "settings/fmt.h"
 #include "support/desk.h"
 #include "values/units.h"

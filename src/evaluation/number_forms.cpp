@@ -1,4 +1,4 @@
-#include "results/number_forms.h"
+#include "evaluation/number_forms.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,4 @@
-// Results: the texts of a test's quantities, the list of a run's results and its table, the sorted log, the measurement
-// file, and the steps that lead from a finished run to all of them.
-//
-// Here the forms in which numbers of results are printed where no FMT says otherwise.
+// The forms in which numbers of results are printed where no FMT says otherwise.
 #pragma once
 
 #include <cstdint>
