@@ -145,7 +145,7 @@ TEST_F(FileFunctions, NamedTexts) {
                                                 {"putv(S[9],\"1\")", 1890},
                                                 {"S[1]=getv(S[9])", 1888},
                                                 {"S[1]=getv(\"1x\")", 1887},
-                                                {"putv(\"A\",\"x\\ny\")", 4514}};
+                                                {"putv(\"AB\",\"x\\ny\")", 4514}};
   for (const auto& [statement, message] : faults) EXPECT_EQ(message_of(statement), message) << statement;
   EXPECT_EQ(message_of("putv(\"1x\",\"1\")"), 4506);
   EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4506, 1889, 2035}));

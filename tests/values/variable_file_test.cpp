@@ -74,7 +74,7 @@ TEST_F(VariableFile, AFileThatIsNotThereIsMade) {
 }
 
 TEST_F(VariableFile, FaultsOfTheFile) {
-  const std::string longest = "A$=" + std::string(509, 'x');
+  const std::string longest = "Q$=" + std::string(509, 'x');
   EXPECT_TRUE(open(longest));
   const struct {
     std::string text;
@@ -103,17 +103,17 @@ TEST_F(VariableFile, FaultsOfAName) {
   ASSERT_TRUE(open(""));
   const std::size_t before = run.pipeline.variables.size();
   EXPECT_FALSE(var_set(run, "1A", "x"));
-  EXPECT_FALSE(var_set(run, "A", std::string(510, 'x')));
-  EXPECT_FALSE(var_set(run, "A", "x\r"));
-  const std::string_view names[25] = {"A", "1"}, values[25] = {"1", "2"};
+  EXPECT_FALSE(var_set(run, "Q", std::string(510, 'x')));
+  EXPECT_FALSE(var_set(run, "Q", "x\r"));
+  const std::string_view names[25] = {"Q", "1"}, values[25] = {"1", "2"};
   EXPECT_FALSE(var_set_many(run, names, values));
   EXPECT_EQ(desk.message_numbers(), (std::vector<int>{4506, 4514, 4514, 4509}));
   EXPECT_EQ(run.pipeline.variables.size(), before);
   EXPECT_FALSE(var_set_many(run, std::span(names).first(2), std::span(values).first(2)));
-  EXPECT_EQ(value("A"), "1");
+  EXPECT_EQ(value("Q"), "1");
   std::size_t length = 0;
   bool found = false;
-  EXPECT_TRUE(var_get_length(run, "a", length, found) && found && length == 1);
+  EXPECT_TRUE(var_get_length(run, "q", length, found) && found && length == 1);
   EXPECT_TRUE(var_get_length(run, "b", length, found) && !found);
   EXPECT_FALSE(var_get_length(run, "1", length, found));
   std::string name = "ab_1$";
@@ -124,7 +124,7 @@ TEST_F(VariableFile, FaultsOfAName) {
 
 // The disk is full: the file stays as it was, and the change is written once there is room.
 TEST_F(VariableFile, FullDisk) {
-  const std::string text = "A$=" + std::string(400, 'a') + "\nPTITLE_L$=T\n";
+  const std::string text = "Q$=" + std::string(400, 'a') + "\nPTITLE_L$=T\n";
   ASSERT_TRUE(open(text));
   rlimit old{};
   ::getrlimit(RLIMIT_FSIZE, &old);
