@@ -13,10 +13,12 @@ std::span<const MathFunctionRow> accuracy_functions();
 std::span<const MathFunctionRow> arithmetic_functions();
 std::span<const MathFunctionRow> dimension_functions();
 std::span<const MathFunctionRow> file_functions();
+std::span<const MathFunctionRow> profile_functions();
 std::span<const MathFunctionRow> register_functions();
 std::span<const MathFunctionRow> run_functions();
 std::span<const MathFunctionRow> string_functions();
 std::span<const MathFunctionRow> time_functions();
+std::span<const MathFunctionRow> variable_functions();
 
 /// Gives a computed number, or faults where numbers that are finite gave one that is not.
 inline bool give_computed(MathCall& call, double result, double a, double b = 0.0) {

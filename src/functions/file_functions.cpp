@@ -17,15 +17,9 @@ namespace {
 // A file is opened for each call: nothing is held open that another program may want to replace or delete.
 // How far the last call came is remembered, so that lines asked for in ascending order are read once.
 
-struct Stamp {
-  std::uintmax_t size = 0;
-  std::filesystem::file_time_type changed;
-  bool operator==(const Stamp&) const = default;
-};
-
 struct LinePlace {
   std::string path;
-  Stamp stamp;
+  std::optional<FileStamp> stamp;
   // The line that begins at `offset`. A line end stands before it, so that it stays right when lines are
   // added.
   std::uint64_t line = 1;
@@ -38,14 +32,6 @@ constexpr std::size_t places_limit = 16;
 std::vector<LinePlace>& places() {
   static std::vector<LinePlace> list;
   return list;
-}
-
-Stamp stamp_of(const std::string& path) {
-  std::error_code error;
-  Stamp stamp;
-  stamp.size = std::filesystem::file_size(path, error);
-  if (!error) stamp.changed = std::filesystem::last_write_time(path, error);
-  return stamp;
 }
 
 LinePlace* known_place(const std::string& path) {
@@ -65,7 +51,7 @@ LinePlace& place_for(const std::string& path, std::uint64_t line) {
     list.insert(list.begin(), LinePlace{.path = path, .stamp = {}});
   }
   LinePlace& place = list.front();
-  const Stamp now = stamp_of(path);
+  const auto now = file_stamp(path);
   if (place.stamp != now || line < place.line) place = {.path = path, .stamp = now};
   return place;
 }
@@ -176,10 +162,112 @@ bool math_append(MathCall& call) {
   }
   // A place that was good before stays good: what is added stands behind it.
   LinePlace* place = known_place(path);
-  if (place != nullptr && place->stamp != stamp_of(path)) place = nullptr;
+  if (place != nullptr && place->stamp != file_stamp(path)) place = nullptr;
   if (!add_line(path, text)) return call.report(2350, path);
-  if (place != nullptr) place->stamp = stamp_of(path);
+  if (place != nullptr) place->stamp = file_stamp(path);
   return call.give(1);
+}
+
+// --- Edits ---------------------------------------------------------------------------------------
+// The file is copied line by line to a file beside it, which then takes its place: whoever reads it meets the old
+// text or the new one.
+
+constexpr std::size_t edited_line_limit = 16384;  // bytes of a line of a file that is edited
+constexpr double edited_lines_limit = 4294967295.0;
+
+struct LineEdit {
+  std::uint64_t line = 0;                   // remove this one, or add behind it; 0: at the head
+  const std::string_view* added = nullptr;  // null: remove
+};
+
+// Copies with the edit. False if a line is too long, a file fails, or there is no line of that number.
+bool copy_edited(LineReader& reader, std::ofstream& out, const LineEdit& edit) {
+  bool done = false, ended = true;
+  const auto add = [&] {
+    out << (ended ? "" : "\n") << *edit.added << '\n';
+    done = ended = true;
+  };
+  if (edit.added != nullptr && edit.line == 0) add();
+  std::string line;
+  for (std::uint64_t number = 1;; ++number) {
+    const LineResult result = reader.next(edited_line_limit + 1, line);
+    if (result == LineResult::past_end) break;
+    if (result == LineResult::failed || line.size() > edited_line_limit) return false;
+    if (edit.added == nullptr && number == edit.line) {
+      done = true;
+      continue;
+    }
+    ended = reader.ended();
+    out << line << (ended ? "\n" : "");
+    if (edit.added != nullptr && number == edit.line) add();
+  }
+  return done && out.good();
+}
+
+bool edit_file(const std::string& name, const LineEdit& edit) {
+  const std::string path = real_path(name);
+  const bool there = file_exists(path);
+  if (there && !is_ordinary_file(path)) return false;
+  const std::string beside = path + ".new";
+  std::error_code error;
+  std::ofstream out(beside, std::ios::binary | std::ios::trunc);
+  if (!out) return false;
+  LineReader reader(path, 0);
+  bool done = copy_edited(reader, out, edit);
+  out.close();
+  if (there) std::filesystem::permissions(beside, std::filesystem::status(path, error).permissions(), error);
+  done = done && out.good() && !error && move_over(beside, path);
+  if (!done) std::filesystem::remove(beside, error);
+  return done;
+}
+
+// Adds a line behind line `line` of the file; lines count without their fraction.
+bool add_behind(const std::string& path, double line, std::string_view text) {
+  if (!(line >= 0) || line > edited_lines_limit) return false;
+  return edit_file(path, {.line = static_cast<std::uint64_t>(line), .added = &text});
+}
+
+bool math_write(MathCall& call) {
+  const std::string path(call.str(0));
+  const double n = std::trunc(call.num(2));
+  if (path.empty()) return call.report(3944, call.str(1));
+  return add_behind(path, n, call.str(1)) ? call.give(1) : call.report(3945, n, path);
+}
+
+bool math_insert(MathCall& call) {
+  const std::string path(call.str(0));
+  const double n = std::trunc(call.num(2));
+  if (path.empty()) return call.report(2005, call.str(1));
+  return add_behind(path, n - 1, call.str(1)) ? call.give(1) : call.report(2006, n, path);
+}
+
+// Kept as procedures know it: the line that stood there stays, behind the new one.
+bool math_replace(MathCall& call) {
+  const std::string path(call.str(0));
+  const double n = std::trunc(call.num(2));
+  if (path.empty()) return call.report(3946, call.str(1));
+  return add_behind(path, n - 1, call.str(1)) ? call.give(1) : call.report(3947, n, path);
+}
+
+bool math_delete(MathCall& call) {
+  const std::string path(call.str(0));
+  const double n = std::trunc(call.num(1));
+  if (path.empty()) return call.report(3948, n);
+  const bool counted = n >= 1 && n <= edited_lines_limit && file_exists(path);
+  if (counted && edit_file(path, {.line = static_cast<std::uint64_t>(n)})) return call.give(1);
+  return call.report(3949, n, path);
+}
+
+bool math_unlink(MathCall& call) {
+  const std::string path(call.str(0));
+  std::error_code error;
+  if (path.empty() || !std::filesystem::exists(std::filesystem::symlink_status(path, error)))
+    return call.report(3446, path);
+  if (is_directory(path)) return call.report(3448, path);
+  if (std::filesystem::remove(path, error) && !error) return call.give(1);
+  if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted)
+    return call.report(3447, path);
+  return call.report(3449, path, error.message());
 }
 
 // --- Questions about paths -----------------------------------------------------------------------
@@ -194,15 +282,28 @@ bool math_flen(MathCall& call) {
   return call.give(size && *size < too_large ? static_cast<double>(*size) : -1);
 }
 
+// Seconds since 1970.
+bool math_mtime(MathCall& call) {
+  constexpr std::int64_t nanoseconds = 1000000000;
+  const auto stamp = file_stamp(std::string(call.str(0)));
+  return call.give(stamp ? static_cast<double>(stamp->modified / nanoseconds) : 0);
+}
+
 using S = Signature;
 
 constexpr MathFunctionRow rows[] = {
     {"append", S::str_str_gives_int, math_flag::statement, math_append},
+    {"delete", S::str_num_gives_int, math_flag::statement, math_delete},
     {"exists", S::str_gives_int, 0, math_exists},
     {"flen", S::str_gives_num, 0, math_flen},
+    {"insert", S::str_str_num_gives_int, math_flag::statement, math_insert},
     {"IsDir", S::str_gives_int, 0, math_is_dir},
     {"IsOrd", S::str_gives_int, 0, math_is_ord},
+    {"mtime", S::str_gives_num, 0, math_mtime},
     {"read", S::str_num_gives_str, 0, math_read},
+    {"replace", S::str_str_num_gives_int, math_flag::statement, math_replace},
+    {"unlink", S::str_gives_int, math_flag::statement, math_unlink},
+    {"write", S::str_str_num_gives_int, math_flag::statement, math_write},
 };
 
 }  // namespace

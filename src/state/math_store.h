@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,7 @@ using MathVariableList = std::vector<MathVariable>;
 
 struct MathStore {
   MathVariableList global;
+  std::map<std::string, std::string, std::less<>> named;  // what `put` keeps, to the end of the program
   std::vector<MathVariableList> frames;  // the last one belongs to the running procedure
 };
 
