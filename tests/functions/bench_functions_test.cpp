@@ -1,5 +1,5 @@
 // MATH on the bench: bytes of binary reads, assets and calibrations, connections, the watch over voltages, the slew
-// dialog, the climate.
+// dialog, the climate; and that no function of the library is missing.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -288,6 +288,33 @@ TEST_F(BenchFunctions, SettingsAndUncertaintyThatAreNotThere) {
   run.uncertainty.readings = {1, 2};
   expect_numbers({{"uncv(2)", 2}, {"uncv(0)", 1.5}});
   expect_faults({{"M[1]=uncv(3)", 300}});
+}
+
+// Every function that procedures may call, and which of them may stand alone as a statement ("*").
+constexpr const char* library[] = {
+    "abs sqrt exp sin cos tan asin acos atan sinh cosh tanh ceil ln log int rnd sgn deg rad degc degf pow",
+    "dbmtow wtodbm dbmtov vtodbm dbtopctv dbtopctw pcttodbv pcttodbw frnd bit not max2 min2 rss2 rss3",
+    "sum sum_l avg avg_l max max_l min min_l rss rss_l sdev sdev_l mget *mset lget *lset sget *sset",
+    "len sub find findi fld repl pad padb itoc ctoi cmp cmpi zcmp zcmpi Empty Null fmt is_num is_num_lead",
+    "is_num_sub is_dim is_unit base pscale unit uprefix utime date time ctime ugdt uldt ftime exists IsDir",
+    "IsOrd flen mtime *unlink read *append *write *insert *replace *delete dfile ifile ini rif *wif rinf",
+    "rinfe IsVar *del get *put getv *putv vget brn brb brw bri brs brx accv accv2 accvf accvf2 accvg accvg2",
+    "conf adjthr fail pass ui asset assetc sn inv ncal cal instr uut proc psub psubi vers *cm unc uncv",
+    "rht_temp rht_humidity rht_time *SafeOff *SafeOn *mcclr *mcset mctest slew *slewinit *slewmsg slewop",
+    "*slewscale *slewstart"};
+
+TEST(MathLibrary, HasItsFunctions) {
+  std::vector<std::string> expected, present;
+  for (const char* line : library) {
+    std::istringstream names(line);
+    for (std::string name; names >> name;) expected.push_back(name);
+  }
+  EXPECT_EQ(expected.size(), 161u);
+  for (const MathFunctionRow& row : math_function_rows())
+    present.push_back(((row.flags & math_flag::statement) != 0 ? "*" : "") + std::string(row.name));
+  std::sort(expected.begin(), expected.end());
+  std::sort(present.begin(), present.end());
+  EXPECT_EQ(present, expected);
 }
 
 }  // namespace
