@@ -40,9 +40,8 @@ void trace(const MathCall& call, std::optional<double> y) {
   debug_log("%s : return value    = %.12g", name, call.number);
 }
 
-template <Part Wanted, bool Two>
-bool math_accuracy(MathCall& call) {
-  const auto y = Two ? std::optional(call.num(3)) : std::nullopt;
+template <Part Wanted>
+bool give_accuracy(MathCall& call, std::optional<double> y) {
   AccRow row;
   if (!accuracy_row(call, y, row)) return false;
   const std::uint16_t needed =
@@ -51,8 +50,14 @@ bool math_accuracy(MathCall& call) {
   const double x = call.num(2);
   const double gain = Wanted == Part::floor ? 0 : std::fabs(x) * percent * row.gain();
   const double result = gain + (Wanted == Part::gain ? 0 : row.floor());
-  const bool given = give_computed(call, result, x, row.gain());
-  trace(call, y);
+  return give_computed(call, result, x, row.gain());
+}
+
+template <Part Wanted, bool Two>
+bool math_accuracy(MathCall& call) {
+  const auto y = Two ? std::optional(call.num(3)) : std::nullopt;
+  const bool given = give_accuracy<Wanted>(call, y);
+  trace(call, y);  // a failure shows as 0
   return given;
 }
 

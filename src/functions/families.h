@@ -11,11 +11,14 @@ namespace orvane {
 
 std::span<const MathFunctionRow> accuracy_functions();
 std::span<const MathFunctionRow> arithmetic_functions();
+std::span<const MathFunctionRow> block_functions();
 std::span<const MathFunctionRow> dimension_functions();
 std::span<const MathFunctionRow> file_functions();
 std::span<const MathFunctionRow> profile_functions();
+std::span<const MathFunctionRow> instrument_functions();
 std::span<const MathFunctionRow> register_functions();
 std::span<const MathFunctionRow> run_functions();
+std::span<const MathFunctionRow> slew_functions();
 std::span<const MathFunctionRow> string_functions();
 std::span<const MathFunctionRow> time_functions();
 std::span<const MathFunctionRow> variable_functions();

@@ -17,8 +17,9 @@ bool comes_before(const MathFunctionRow& a, const MathFunctionRow& b) {
 std::vector<MathFunctionRow> all_rows() {
   std::vector<MathFunctionRow> rows;
   for (const auto family :
-       {accuracy_functions, arithmetic_functions, dimension_functions, file_functions, profile_functions,
-        register_functions, run_functions, string_functions, time_functions, variable_functions}) {
+       {accuracy_functions, arithmetic_functions, block_functions, dimension_functions, file_functions,
+        instrument_functions, profile_functions, register_functions, run_functions, slew_functions,
+        string_functions, time_functions, variable_functions}) {
     const std::span<const MathFunctionRow> more = family();
     rows.insert(rows.end(), more.begin(), more.end());
   }

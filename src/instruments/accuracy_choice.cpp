@@ -7,6 +7,7 @@
 #include "config/value_grammar.h"
 #include "evaluation/correction.h"
 #include "evaluation/system_accuracy.h"
+#include "instruments/device_assets.h"
 #include "instruments/device_list.h"
 #include "instruments/driver_table.h"
 #include "instruments/instrument_names.h"
@@ -22,39 +23,11 @@ namespace {
 
 // --- The asset and how long its calibration holds ------------------------------------------------------------------
 
-// An entry of the device list as the choice needs it.
-struct Holder {
-  std::uint16_t code = 0;  // 0 for one without a driver
-  std::string name;
-  std::string asset;
-};
-
-template <class Row>
-std::optional<Holder> by_name(const std::vector<Row>& rows, std::string_view name) {
-  for (const Row& row : rows) {
-    bool hit = same_word(row.name, name);
-    if constexpr (requires { row.aliases; })
-      hit = hit || same_word(row.aliases[0], name) || same_word(row.aliases[1], name);
-    if (hit) return Holder{0, row.name, row.asset};
-  }
-  return std::nullopt;
-}
-
-std::optional<Holder> holder_of(std::string_view name) {
-  const DeviceList& list = device_list();
-  for (const InstrumentRecord& row : list.instruments) {
-    const std::string model = instrument_text(row.code);
-    if (same_word(model, name) || same_word(row.aliases[0], name) || same_word(row.aliases[1], name))
-      return Holder{row.code, model, row.asset};
-  }
-  for (const InstrumentRecord& row : list.instruments) {
-    for (const InstrumentSlot& slot : row.slots) {
-      if (const std::string model = instrument_text(slot.code); same_word(model, name))
-        return Holder{slot.code, model, slot.asset};
-    }
-  }
-  if (const auto generic = by_name(list.generic, name)) return generic;
-  return by_name(list.manual, name);
+// The entry of the device list that the choice is for; the first of its name.
+std::optional<NamedDevice> holder_of(std::string_view name) {
+  std::vector<NamedDevice> found = dev_named(name);
+  if (found.empty()) return std::nullopt;
+  return std::move(found.front());
 }
 
 enum class QueryResult { found, missing, refused };
@@ -75,7 +48,7 @@ QueryResult interval_of(const std::string& asset, bool report, AccQuery& query) 
   return QueryResult::found;
 }
 
-AccWanted wanted_of(const Holder& holder, const AccQuery& query) {
+AccWanted wanted_of(const NamedDevice& holder, const AccQuery& query) {
   return {holder.code, holder.name, holder.asset, query};
 }
 
@@ -100,7 +73,7 @@ bool select_for(RunState& run, const RequiredInstrument& wanted) {
   const InstrumentRecord* row = dev_find(wanted.code);
   if (row == nullptr) return no_asset(run, wanted, msg(31004));
   if (row->asset.empty()) return no_asset(run, wanted, msg(31005));
-  const Holder holder{row->code, instrument_text(row->code), row->asset};
+  const NamedDevice holder{row->code, instrument_text(row->code), row->asset};
   AccQuery query;
   switch (interval_of(row->asset, true, query)) {
     case QueryResult::found: break;
@@ -217,7 +190,7 @@ bool value_at(RunState& run, std::string_view name, std::string_view mode, doubl
 std::optional<std::string> acc_file_for_name(std::string_view name, double& confidence) {
   const auto nothing = [](bool) { return std::nullopt; };
   if (!device_list_stands()) return nothing(errp(9471, name));
-  const std::optional<Holder> holder = holder_of(trim_blanks(name));
+  const std::optional<NamedDevice> holder = holder_of(trim_blanks(name));
   if (!holder) return nothing(errp(9472, name));
   if (holder->asset.empty()) return nothing(errp(9473, holder->name));
   AccQuery query;

@@ -217,6 +217,7 @@ bool eval_input(RunState& run, const FscRecord& record, std::string_view argumen
   } else if (use != ReplyUse::discard) {  // nobody is asked for what nobody looks at
     if (!demo_reply(run, source, reply) || !file.add(run, reply)) return false;
   }
+  if (source.keeps_block) run.read_block = reply.substr(0, read_block_limit);
   if (use == ReplyUse::discard || !argument.empty()) return true;
   return use == ReplyUse::text ? store_text(run, source, reply) : store_number(run, reply);
 }

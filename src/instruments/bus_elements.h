@@ -62,6 +62,7 @@ struct ReplySource {
   std::string (*question)(const RunState& run);
   /// The next piece; at least one byte, or `ended`. False after a report.
   bool (*read)(RunState& run, std::string& piece, bool first, bool& ended);
+  bool keeps_block;  // its replies stay in RunState::read_block
 };
 
 /// [I], [I$], [I!], [I > file], [I >> file]: reads a whole reply and puts it where it belongs.

@@ -119,7 +119,7 @@ bool read_piece(RunState& run, std::string& piece, bool first, bool& ended) {
   return !piece.empty() || run_error(run, 30412, address.primary);
 }
 
-constexpr ReplySource source = {1902, ieee_ready, demo_question, read_piece};
+constexpr ReplySource source = {1902, ieee_ready, demo_question, read_piece, true};
 
 bool eval_reply(RunState& run, const FscRecord& record, std::string_view argument) {
   return eval_input(run, record, argument, ReplyUse::number, source);

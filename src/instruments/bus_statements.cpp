@@ -45,6 +45,7 @@ std::span<const HandlerRow> bus_handlers() { return rows; }
 void bus_statements_reset(RunState& run) {
   run.ieee = IeeeState();
   run.port = PortState();
+  run.read_block.clear();
 }
 
 }  // namespace orvane

@@ -116,7 +116,39 @@ bool write_asset(AssetKind kind, std::string_view name, std::string_view asset, 
   return replace_file(path, text) || errp(2242, "asset", name, path);
 }
 
+// --- Entries by name -------------------------------------------------------------------------------
+
+template <class Row>
+void add_named(const std::vector<Row>& rows, std::string_view name, std::vector<NamedDevice>& found) {
+  for (const Row& row : rows) {
+    bool hit = same_word(row.name, name);
+    if constexpr (requires { row.aliases; })
+      hit = hit || same_word(row.aliases[0], name) || same_word(row.aliases[1], name);
+    if (hit) found.push_back({0, row.name, row.asset});
+  }
+}
+
 }  // namespace
+
+std::vector<NamedDevice> dev_named(std::string_view name) {
+  const DeviceList& list = device_list();
+  std::vector<NamedDevice> found;
+  if (name.empty()) return found;  // an alias that is not given is empty
+  for (const InstrumentRecord& row : list.instruments) {
+    const std::string model = instrument_text(row.code);
+    if (same_word(model, name) || same_word(row.aliases[0], name) || same_word(row.aliases[1], name))
+      found.push_back({row.code, model, row.asset});
+  }
+  for (const InstrumentRecord& row : list.instruments) {
+    for (const InstrumentSlot& slot : row.slots) {
+      if (const std::string model = instrument_text(slot.code); same_word(model, name))
+        found.push_back({slot.code, model, slot.asset});
+    }
+  }
+  add_named(list.generic, name, found);
+  add_named(list.manual, name, found);
+  return found;
+}
 
 bool dev_self_calibration_check(RunState& run, std::string_view uut_asset) {
   const std::int16_t rule = startup_config().self_cal;

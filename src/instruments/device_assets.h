@@ -1,11 +1,24 @@
 // What the laboratory calls its instruments: the asset texts of the device list.
 #pragma once
 
+#include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "state/run_state.h"
 
 namespace orvane {
+
+/// An entry of the device list by a name that procedures use for it.
+struct NamedDevice {
+  std::uint16_t code = 0;  // 0 for one without a driver
+  std::string name;        // the device's own, also where an alias led to it
+  std::string asset;
+};
+/// All entries of a name, in any case: instruments by display name ("#code" without one) or alias, then what is fitted
+/// to them, generic instruments by name or alias, manual ones. Empty while no list stands.
+std::vector<NamedDevice> dev_named(std::string_view name);
 
 /// Is one of the standards that this run requires the unit under test itself? The key "self_cal": YES asks nothing, NO
 /// is an error (324 an instrument or plug-in, 325 a generic instrument, 326 a manual one), WARN asks the operator (327,

@@ -87,7 +87,7 @@ bool read_piece(RunState& run, std::string& piece, bool, bool& ended) {
   return has_count(run, serial_rd(run, run.port.current, piece, piece_limit, false, ended));
 }
 
-constexpr ReplySource source = {1912, ready, demo_question, read_piece};
+constexpr ReplySource source = {1912, ready, demo_question, read_piece, false};
 
 bool eval_reply(RunState& run, const FscRecord& record, std::string_view argument) {
   return eval_input(run, record, argument, ReplyUse::number, source);
@@ -126,10 +126,10 @@ bool eval_block(RunState& run, const FscRecord& record, std::string_view argumen
     return refuse_argument(run, record, argument);
   if (arrow < argument.size() && !file.open(run, record, argument.substr(arrow))) return false;
   if (!ready(run)) return false;
-  run.port.block.clear();
+  run.read_block.clear();
   const int port = run.port.current;
   if (port > DevAddress::last_plain_port) return run_error(run, 30933, serial_name(port));
-  return has_count(run, comm_block_rd(run, port, run.port.block, block)) && file.add(run, run.port.block);
+  return has_count(run, comm_block_rd(run, port, run.read_block, block)) && file.add(run, run.read_block);
 }
 
 // --- Settings --------------------------------------------------------------------------------------------------

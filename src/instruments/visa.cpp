@@ -141,7 +141,7 @@ bool read_piece(RunState& run, std::string& piece, bool, bool& ended) {
   return true;
 }
 
-constexpr ReplySource source = {2860, has_session, demo_question, read_piece};
+constexpr ReplySource source = {2860, has_session, demo_question, read_piece, false};
 
 bool eval_reply(RunState& run, const FscRecord& record, std::string_view argument) {
   return eval_input(run, record, argument, ReplyUse::number, source);

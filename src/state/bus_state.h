@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -54,6 +55,9 @@ struct IeeeState {
   bool unexpected_srq = false;  // until a device's handler has dealt with it
 };
 
+/// RunState::read_block: the first bytes of the latest reply on IEEE-488, or the block that PORT read behind it.
+constexpr std::size_t read_block_limit = 4096;
+
 /// What PORT keeps; terminator words as in serial_state.h.
 struct PortState {
   static constexpr std::uint16_t start_terminator = 0x100;
@@ -62,7 +66,6 @@ struct PortState {
   std::uint32_t timeout = 0;  // milliseconds, 0 for no limit
   std::uint16_t input_terminator = start_terminator;
   std::uint16_t output_terminator = start_terminator;
-  std::string block;  // bytes of the latest block read
 };
 
 /// What VISA keeps: handles of the library, 0 while they are closed.

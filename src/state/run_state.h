@@ -21,6 +21,7 @@
 #include "state/report_state.h"
 #include "state/result_record.h"
 #include "state/serial_state.h"
+#include "state/slew_state.h"
 #include "state/test_values.h"
 #include "state/uncertainty_state.h"
 
@@ -196,6 +197,8 @@ struct RunState {
   PortState port;
   VisaState visa;
   SerialState serial;
+  std::string read_block;  // bytes of the latest binary read, see read_block_limit
+  SlewState slew;
   std::vector<ResetNode> reset_list;  // in the order of their first use
   ConnectionTable connections;
   ModifierBlocks modifiers;

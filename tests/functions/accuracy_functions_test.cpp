@@ -5,6 +5,7 @@
 
 #include "config/startup_config.h"
 #include "instruments/device_list.h"
+#include "state/debug.h"
 #include "support/math_desk.h"
 #include "values/accuracy/accuracy_scan.h"
 
@@ -66,6 +67,22 @@ TEST_F(AccuracyFunctions, Failures) {
   }
   startup_config().acc_check = 0;
   EXPECT_EQ(message_of("M[1] = accv(\"M\", \"v\", 1)"), 1937);
+}
+
+TEST_F(AccuracyFunctions, TheDebugLogTellsWhatWasLookedUp) {
+  ASSERT_TRUE(debug_log_open(folder.string()));
+  set_debug_flags(debug_bit::api);
+  EXPECT_DOUBLE_EQ(number("accvg2(\"Meter\", \"v\", 0.5, 1)"), 0.1);
+  EXPECT_EQ(message_of("M[1] = accvf(\"M\", \"v\", 1.5)"), 1899);
+  debug_log_close();
+  const std::string log = contents((folder / "ovdebug.txt").string());
+  EXPECT_NE(log.find("m_accvg2 : instrument name = \"Meter\"\nm_accvg2 : mode string     = \"v\"\n"
+                     "m_accvg2 : lookup value #1  = 0.5\nm_accvg2 : lookup value #2  = 1\n"
+                     "m_accvg2 : return value    = 0.1\n"),
+            std::string::npos)
+      << log;
+  EXPECT_NE(log.find("m_accvf : lookup value    = 1.5\nm_accvf : return value    = 0\n"), std::string::npos)
+      << log;
 }
 
 TEST_F(AccuracyFunctions, Times) {

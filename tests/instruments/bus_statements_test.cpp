@@ -134,9 +134,13 @@ TEST_F(BusStatements, FilesAreSentAndWritten) {
   EXPECT_TRUE(statement(fsc::ieee, "[I > in.bin][I >> in.bin]"));
   EXPECT_EQ(contents(folder / "in.bin"), std::string(4096, 'x') + std::string(4000, 'y') + "5 V\r\n");
   EXPECT_EQ(run.registers.mem, 3);
+  EXPECT_EQ(run.read_block, "5 V\r\n") << "the latest reply's bytes stay for MATH";
   script.replies = {"new"};
   EXPECT_TRUE(statement(fsc::ieee, "[I>in.bin]"));
   EXPECT_EQ(contents(folder / "in.bin"), "new");
+  script.replies = {std::string(4096, 'x') + "...", std::string("yz\n")};
+  EXPECT_TRUE(statement(fsc::ieee, "[I!]"));
+  EXPECT_EQ(run.read_block, std::string(4096, 'x'));
   // A name that would be cut reaches no other file.
   EXPECT_EQ(bus_file_path(std::string(300, 'n')), "");
   EXPECT_EQ(bus_file_path(std::string_view("in.bin\0x", 8)), "");

@@ -85,7 +85,7 @@ TEST_F(PortStatements, ElementsReachThePort) {
   EXPECT_TRUE(statement(fsc::port, "[IB 4 > " + (folder / "block").string() + "]"));
   EXPECT_EQ(contents(folder / "block"), "0123");
   EXPECT_TRUE(statement(fsc::port, "[T 500][IB * 200]"));
-  EXPECT_EQ(run.port.block, "456789");
+  EXPECT_EQ(run.read_block, "456789");
   EXPECT_FALSE(statement(fsc::port, "[IB 4]"));  // nothing comes
   EXPECT_EQ(reported(), 10501);
   line.comes(std::string(5000, 'x') + "\n");

@@ -69,7 +69,7 @@ bool check_ScanBlock(const ProcNode& node, std::vector<CheckStatement>& statemen
     if (check_IsFirstLine(*at)) statements.push_back({at, {}});
     std::string& text = statements.back().text;
     text += text_of(*at->record);
-    if (text.size() > check_text_limit) return errp(100);
+    if (text.size() > check_text_limit) return errp(100, "cbuf overrun");
     if (at == end) return true;
   }
 }

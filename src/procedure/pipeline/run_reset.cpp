@@ -58,6 +58,7 @@ void reset_samples(RunState& run) {
 }
 void reset_accuracy(RunState& run) { run.accuracy = SystemAccuracy(); }
 void reset_results(RunState& run) { run.results.clear(); }
+void reset_slew(RunState& run) { run.slew = SlewState(); }
 void reset_switches(RunState& run) { run.test_switches = 0; }
 void reset_notes(RunState& run) { run.log.notes.clear(); }
 void reset_adjustments(RunState& run) { run.pipeline.adjustments = 0; }
@@ -86,6 +87,7 @@ constexpr RunResetRow rows[] = {
     {"quantity slots", release_quantities, ResetWhen::always},
     {"MATH variables", mvar_clear, ResetWhen::always},
     {"switches for trying out", reset_switches, ResetWhen::always},
+    {"slew dialog", reset_slew, ResetWhen::always},
     {"pending notes", reset_notes, ResetWhen::always},
     {"count of adjustments", reset_adjustments, ResetWhen::always},
     {"standards of the run", reset_standards, ResetWhen::always},
