@@ -3,6 +3,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <vector>
 
 #include "functions/families.h"
@@ -181,7 +182,7 @@ struct LineEdit {
 };
 
 // Copies with the edit. False if a line is too long, a file fails, or there is no line of that number.
-bool copy_edited(LineReader& reader, std::ofstream& out, const LineEdit& edit) {
+bool copy_edited(LineReader& reader, std::ostream& out, const LineEdit& edit) {
   bool done = false, ended = true;
   const auto add = [&] {
     out << (ended ? "" : "\n") << *edit.added << '\n';
@@ -204,21 +205,26 @@ bool copy_edited(LineReader& reader, std::ofstream& out, const LineEdit& edit) {
   return done && out.good();
 }
 
+// A name beside the file that nobody has.
+std::string free_name_beside(const std::string& path) {
+  for (int number = 1;; ++number) {
+    std::string name = formatted("%s.%d.new", path, number);
+    if (!file_exists(name)) return name;
+  }
+}
+
 bool edit_file(const std::string& name, const LineEdit& edit) {
   const std::string path = real_path(name);
-  const bool there = file_exists(path);
-  if (there && !is_ordinary_file(path)) return false;
-  const std::string beside = path + ".new";
-  std::error_code error;
-  std::ofstream out(beside, std::ios::binary | std::ios::trunc);
-  if (!out) return false;
+  if (file_exists(path) && !is_ordinary_file(path)) return false;
+  std::ostringstream out;
   LineReader reader(path, 0);
-  bool done = copy_edited(reader, out, edit);
-  out.close();
-  if (there) std::filesystem::permissions(beside, std::filesystem::status(path, error).permissions(), error);
-  done = done && out.good() && !error && move_over(beside, path);
-  if (!done) std::filesystem::remove(beside, error);
-  return done;
+  if (!copy_edited(reader, out, edit)) return false;
+  const std::string beside = free_name_beside(path);
+  if (!write_through(beside, out.str(), path)) return false;
+  if (move_over(beside, path)) return true;
+  std::error_code ignored;
+  std::filesystem::remove(beside, ignored);
+  return false;
 }
 
 // Adds a line behind line `line` of the file; lines count without their fraction.

@@ -86,8 +86,8 @@ bool load_line(RunState& run, std::string_view line, int number, const std::stri
   RunVariable& variable = stored->second;
   variable.value = line.substr(sign + 1);
   variable.order = -number;
-  if (variable.is_reserved)
-    variable.flags = is_kept(variable) ? RunVariable::memory_only : RunVariable::of_run;
+  // Of the file for the life of the program: a run's own value stands in front of it while the run lasts.
+  if (variable.is_reserved) variable.flags = RunVariable::memory_only;
   return true;
 }
 
