@@ -56,12 +56,12 @@ TEST_F(VariableFile, AChangeIsWrittenNewestFirst) {
   EXPECT_EQ(value("B$"), "of the run");
   run_variables_restart(run);
   EXPECT_EQ(value("B$"), "2");
-  EXPECT_EQ(value("UI$"), "(none)");
+  EXPECT_EQ(value("UI$"), "1");  // what the file says outlives a run
   EXPECT_EQ(value("NOTIFY_USER$"), "me");
   std::ostringstream report;
   run_entry_set(run, "OPERATOR_NAME$", "Q");
   EXPECT_TRUE(var_write_reserved(run, report));
-  EXPECT_EQ(report.str(), "NEW$=1\xB5\nB$=2\nPTITLE_L$=T\nNOTIFY_USER$=me\nD_$=2\n");
+  EXPECT_EQ(report.str(), "NEW$=1\xB5\nB$=2\nPTITLE_L$=T\nUI$=1\nNOTIFY_USER$=me\nC$=\xB0\nD_$=2\n");
   report.setstate(std::ios::badbit);
   EXPECT_FALSE(var_write_reserved(run, report));
   EXPECT_EQ(first_message(), 4512);
