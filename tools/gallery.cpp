@@ -21,8 +21,10 @@
 #include "messages/catalogue.h"
 #include "reports/post_run.h"
 #include "reports/report_settings.h"
+#include "results/result_list.h"
 #include "state/buttons.h"
 #include "state/run_state.h"
+#include "state/run_variables.h"
 
 namespace orvane {
 namespace {
@@ -341,6 +343,14 @@ void reports(DesktopDesk& desk) {
   for (const char* key : {"postmenu", "macro_view"})
     static_cast<void>(put_user_setting("Configuration", key, "15"));
   static_cast<void>(put_user_setting("Page Margin", "page", "1"));
+  run_variable_set(run_state(), "PROC_NAME$", "Hand-held multimeter, 3.5 digits");
+  run_variable_set(run_state(), "OVERALL_RESULT$", "PASS");
+  for (int i = 0; i < 40; ++i) {
+    auto record = std::make_unique<ResultRecord>();
+    record->flags = result_bit::is_evaluated;
+    record->key[0] = static_cast<std::uint32_t>(i + 1) << 16 | 1U;
+    run_state().results.records.push_back(std::move(record));
+  }
   picture_of(
       "post-run", [] { static_cast<void>(post_run(run_state())); },
       [](QWidget&) { QTimer::singleShot(200, qApp, [] { waiting_window()->press(answer::yes); }); });

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QScreen>
+#include <QScrollBar>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -24,7 +25,10 @@ constexpr int most_steps = 20, least_steps = -6;
 }  // namespace
 
 ViewerBox::ViewerBox(QWidget* owner)
-    : DeskWindow(owner), text_(new QPlainTextEdit(this)), wanted_(new QLineEdit(this)), note_(new QLabel(this)) {
+    : DeskWindow(owner),
+      text_(new QPlainTextEdit(this)),
+      wanted_(new QLineEdit(this)),
+      note_(new QLabel(this)) {
   setWindowFlag(Qt::Window);
   text_->setReadOnly(true);
   text_->setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -59,12 +63,19 @@ int ViewerBox::view(const LinesWindow& window) {
   setWindowTitle(shown(window.title));
   text_->setPlainText(joined(window.lines));
   note_->clear();
-  const QFontMetrics type(text_->font());
   const QSize room = screen()->availableSize() * 0.85;
-  text_->setMinimumSize(QSize(type.horizontalAdvance('0') * columns, type.lineSpacing() * rows)
-                            .boundedTo(QSize(room.width(), room.height() * 3 / 4)));
+  text_->setMinimumSize(text_size().boundedTo(QSize(room.width(), room.height() * 3 / 4)));
   set_buttons(window.buttons);
   return wait_for_answer();
+}
+
+// Of the text with its border and the bar beside it.
+QSize ViewerBox::text_size() const {
+  const QFontMetricsF type(text_->font());
+  const double border = 2 * (text_->frameWidth() + text_->document()->documentMargin());
+  return {qCeil(type.horizontalAdvance(QString(columns, '0')) + border) +
+              text_->verticalScrollBar()->sizeHint().width(),
+          qCeil(type.lineSpacing() * rows + border)};
 }
 
 QWidget* ViewerBox::first_focus() { return text_; }

@@ -22,6 +22,7 @@ class ViewerBox : public DeskWindow {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
+  QSize text_size() const;
   void search(bool backwards);
   void zoom(int steps);
 

@@ -10,6 +10,7 @@
 #include "messages/catalogue.h"
 #include "platform/platform.h"
 #include "reports/report_actions.h"
+#include "results/result_list.h"
 #include "state/pump.h"
 #include "state/report.h"
 #include "state/run_variables.h"
@@ -145,6 +146,25 @@ FormField choice_field(const char* name, int label) {
   return field;
 }
 
+// What the results that are at stake say: of what, how many tests, and the verdict.
+std::vector<std::string> verdict_lines(const RunState& run) {
+  const auto text = [&](const char* name) {
+    const std::string* value = run_variable(run, name);
+    return value != nullptr ? *value : std::string();
+  };
+  std::vector<std::string> lines;
+  if (const std::string name = text("PROC_NAME$"); !name.empty()) lines.push_back(name);
+  const OverallResult result = r_count(run.results);
+  lines.push_back(msg(30501, result.tests, result.failed));
+  const std::string word = text("OVERALL_RESULT$");
+  if (!word.empty()) {
+    lines.push_back(msg(30502, word));
+  } else if (result.tests > 0) {
+    lines.push_back(msg(30511));  // what passed so far is no verdict on the unit
+  }
+  return lines;
+}
+
 class PostRun {
  public:
   explicit PostRun(RunState& run) : run_(run), menu_(post_menu_key()), macro_(macro_keys("macro")) {}
@@ -178,7 +198,8 @@ class PostRun {
     FormWindow window;
     window.kind = WindowKind::postrun;
     window.title = "Post Run Results";
-    window.lines = {msg(saved_ ? 31310 : 31311)};
+    window.lines = verdict_lines(run_);
+    window.lines.push_back(msg(saved_ ? 31310 : 31311));
     if (menu_ != 0) {
       FormField action = choice_field("Action", 31312);
       for (const Choice& choice : actions) {

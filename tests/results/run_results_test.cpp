@@ -11,6 +11,9 @@
 #include "state/run_variables.h"
 #include "support/procedures.h"
 
+// The C library keeps the parts of LOCPATH for the life of the process.
+extern "C" const char* __lsan_default_suppressions() { return "leak:__argz_add_sep\n"; }  // NOLINT
+
 namespace orvane {
 namespace {
 

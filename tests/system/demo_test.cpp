@@ -29,7 +29,7 @@ std::vector<std::string> lines_of(const std::string& text) {
 }
 
 TEST_F(Demo, RunsToItsEndAndOnePointFails) {
-  demo();
+  demo_with_its_windows();
   const Ended ended =
       run_process(ovrun({"--answers", ORVANE_SOURCE_DIR "/demo/answers.txt", "-run", demo_procedure}));
   EXPECT_EQ(ended.status, 1) << ended.err;
@@ -57,8 +57,15 @@ TEST_F(Demo, RunsToItsEndAndOnePointFails) {
     EXPECT_EQ(window["lines"][0], "FAIL");
   }
   EXPECT_EQ(tests, (std::vector{1004, 1001}));
-  EXPECT_EQ(answers,
-            (std::vector{211, 210, 210, 210, 210, 210, 210, 210, 210, 1004, 210, 1001, 210, 210, 210, 210}));
+  EXPECT_EQ(answers, (std::vector{210, 211,  210, 210, 210, 210, 210, 210, 210, 210, 1004,
+                                  210, 1001, 210, 210, 210, 210, 210, 210, 210, 210, 205}));
+
+  // What is on paper: who calibrated what, with what, and every point.
+  const std::string results = contents("work/1.res"), certificate = contents("work/2.res");
+  EXPECT_NE(certificate.find("30172"), std::string::npos);
+  EXPECT_NE(certificate.find("2823A10345"), std::string::npos);
+  for (const char* point : {"  2-2 ", "  2-6 ", "  3-4 ", "        Remark: fails at 300 V", "  4-4 "})
+    EXPECT_NE(results.find(point), std::string::npos) << point;
 
   const std::vector<nlohmann::json> runs = events("run");
   ASSERT_EQ(runs.size(), 2U);
@@ -186,8 +193,9 @@ TEST_F(Demo, EveryFigureOfAnExplanationIsFoundAgainByHand) {
 
 // list | compile gives the same file again, compile | list the same text.
 TEST_F(Demo, TheGeneratorIsCalibratedWithoutAHand) {
-  demo();
-  const Ended ended = run_process(ovrun("Function generator: frequency and amplitude", ""));
+  demo_with_its_windows();
+  const Ended ended = run_process(ovrun({"--answers", ORVANE_SOURCE_DIR "/demo/answers-generator.txt", "-run",
+                                         "Function generator: frequency and amplitude"}));
   EXPECT_EQ(ended.status, 0) << ended.out << ended.err;
   EXPECT_EQ(ended.err, "");
   std::string statuses;

@@ -27,14 +27,20 @@ LaboratoryTest::LaboratoryTest() {
   folder = ::mkdtemp(pattern.data());
   fs::create_directory(folder / "procedures");
   fs::create_directory(folder / "work");
-  for (const char* part :
-       {"instruments.txt", "inventory.txt", "accuracy", "corrections", "templates", "trace.txt"})
+  for (const char* part : {"instruments.txt", "inventory.txt", "data-entry.txt", "accuracy", "corrections",
+                           "templates", "trace.txt"})
     fs::copy(fs::path(ORVANE_SOURCE_DIR "/demo") / part, folder / part, fs::copy_options::recursive);
+  write_configuration(false);
+}
+
+void LaboratoryTest::write_configuration(bool asks) const {
   std::istringstream demo(read(ORVANE_SOURCE_DIR "/demo/orvane.ini"));
   std::string text;
   for (std::string one; std::getline(demo, one);) {
-    if (one.starts_with("postmenu")) continue;  // no window behind a run, but in the tests of it
-    text += (one.starts_with("ib_driver") ? "ib_driver = " + built("libgpibsim.so") : one) + "\n";
+    if (one.starts_with("ib_driver")) one = "ib_driver = " + built("libgpibsim.so");
+    if (!asks && one.starts_with("bcf")) one = "bcf =";
+    if (!asks && one.starts_with("postmenu")) continue;
+    text += one + "\n";
   }
   write("orvane.ini", text);
 }
@@ -52,6 +58,11 @@ void LaboratoryTest::demo() {
   words.insert(words.end(), {"--procdir", path("procedures")});
   const Ended compiled = run_process(ovproc(words));
   ASSERT_EQ(compiled.status, 0) << compiled.err;
+}
+
+void LaboratoryTest::demo_with_its_windows() {
+  demo();
+  write_configuration(true);
 }
 
 void LaboratoryTest::configure(const std::string& key, const std::string& value) const {

@@ -17,12 +17,15 @@ constexpr const char* demo_procedure = "Hand-held multimeter: verification";
 
 class LaboratoryTest : public ::testing::Test {
  protected:
-  /// The demo laboratory's configuration with the simulated board of this build, and no procedure yet.
+  /// The demo laboratory's configuration with the simulated board of this build and without the windows in front of a
+  /// run and behind it, and no procedure yet.
   LaboratoryTest();
   ~LaboratoryTest() override;
 
   /// Compiles the demo's procedures: 1.prc the verification, 2.prc DC, 3.prc AC, 4.prc ohms.
   void demo();
+  /// The same, with those windows: what demo/answers.txt answers.
+  void demo_with_its_windows();
   /// Compiles source_line()s behind a standard header.
   void procedure(const std::string& name, const std::vector<std::string>& statements,
                  const std::string& configuration = {});
@@ -45,6 +48,9 @@ class LaboratoryTest : public ::testing::Test {
   std::vector<int> message_numbers() const;
 
   std::filesystem::path folder;
+
+ private:
+  void write_configuration(bool asks) const;
 };
 
 }  // namespace orvane::test

@@ -8,8 +8,8 @@ using Record = LaboratoryTest;
 
 TEST_F(Record, ADemoRunAgainstItsRecordGivesTheSameResults) {
   demo();
-  const std::vector<std::string> start = {"--answers", ORVANE_SOURCE_DIR "/demo/answers.txt", "-run",
-                                          demo_procedure};
+  write("answers.txt", "yes\n*\n");
+  const std::vector<std::string> start = {"--answers", path("answers.txt"), "-run", demo_procedure};
   const auto with = [&](const char* option) {
     std::vector<std::string> words = start;
     words.insert(words.end(), {option, path("bus.jsonl")});

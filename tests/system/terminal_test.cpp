@@ -27,7 +27,7 @@ TEST_F(Terminal, TheDemoIsAnsweredByLettersNumbersAndEnter) {
   demo();
   start(demo_procedure);
   when("Does the unit measure AC volts?", "y\n");
-  for (const char* volts : {"0.3", "3", "30", "300", "-30"})
+  for (const char* volts : {"0.300", "3.000", "30.00", "300.0", "-30.00"})
     when(std::string("shows ") + volts + " V DC.", volts[0] == '3' ? "1\n" : "\n");
   for (const char* volts : {"3.000", "30.00", "300.0"}) when(std::string("shows ") + volts + " V AC", "ok\n");
   when("--- Test result ---", "c\n");  // Continue, Cancel result and Comment begin so
