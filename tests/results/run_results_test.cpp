@@ -12,7 +12,9 @@
 #include "support/procedures.h"
 
 // The C library keeps the parts of LOCPATH for the life of the process.
-extern "C" const char* __lsan_default_suppressions() { return "leak:__argz_add_sep\n"; }  // NOLINT
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {  // NOLINT
+  return "leak:__argz_add_sep\n";
+}
 
 namespace orvane {
 namespace {
