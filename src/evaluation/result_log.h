@@ -36,6 +36,7 @@ constexpr char evaluation = 'E', memc = 'M', go_no_go = 'G', instrument = 'I', p
                program_word = 'd';
 // MEMC and MEMCX behind an ACC statement, with its unit read (setting UUP) and without.
 constexpr char acc_unit = 'S', acc = 'a';
+constexpr std::string_view tests = "DdEMaSGI";  // two lines a test
 }  // namespace log_letter
 
 /// A line has at most this many characters, its line break not counted; a longer text is cut.

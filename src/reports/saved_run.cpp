@@ -49,23 +49,28 @@ bool read_places(std::string_view text, std::array<std::size_t, 3>& places) {
 
 }  // namespace
 
-bool saved_run_write(RunState& run, const std::string& path) {
-  const std::string sorted = work_file("rsltsort.tmp");
-  std::string log;
-  if (read_file(sorted, file_limit, log) != ReadResult::ok) return errp(4952, sorted);
-  if (!log.empty() && log.back() != '\n') log += '\n';
+bool saved_run_text(RunState& run, std::string_view log, std::string& text) {
   std::vector<TraceRecord> standards;
   if (!trace_used_records(run, standards)) return false;
-  std::string out = fixed_line(title_of(run));
-  const std::size_t variables_at = out.size();
-  for (const auto& [name, value] : run_variable_list(run)) out += name + "=" + one_line(value) + "\n";
-  const std::size_t trace_at = out.size();
-  out += trace_dump(standards);
-  const std::size_t log_at = out.size();
-  out += log;
-  out += fixed_line(formatted("%8ld %8ld %8ld", static_cast<long>(variables_at), static_cast<long>(trace_at),
-                              static_cast<long>(log_at)));
-  return replace_file(path, out) || errp(31241, path);
+  text = fixed_line(title_of(run));
+  const std::size_t variables_at = text.size();
+  for (const auto& [name, value] : run_variable_list(run)) text += name + "=" + one_line(value) + "\n";
+  const std::size_t trace_at = text.size();
+  text += trace_dump(standards);
+  const std::size_t log_at = text.size();
+  text += log;
+  text += fixed_line(formatted("%8ld %8ld %8ld", static_cast<long>(variables_at), static_cast<long>(trace_at),
+                               static_cast<long>(log_at)));
+  return true;
+}
+
+bool saved_run_write(RunState& run, const std::string& path) {
+  const std::string sorted = work_file("rsltsort.tmp");
+  std::string log, text;
+  if (read_file(sorted, file_limit, log) != ReadResult::ok) return errp(4952, sorted);
+  if (!log.empty() && log.back() != '\n') log += '\n';
+  if (!saved_run_text(run, log, text)) return false;
+  return replace_file(path, text) || errp(31241, path);
 }
 
 bool saved_run_parse(std::string_view contents, const std::string& path, SavedRun& saved) {

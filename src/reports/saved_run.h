@@ -11,6 +11,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -29,6 +30,9 @@ struct SavedRun {
 /// Writes the run with its sorted log, in one step. False after a report: 4952 the log cannot be read, 31241 the file
 /// cannot be written, or those of the trace file.
 [[nodiscard]] bool saved_run_write(RunState& run, const std::string& path);
+
+/// What such a file holds, with this log. False after a report of the trace file.
+[[nodiscard]] bool saved_run_text(RunState& run, std::string_view log, std::string& text);
 
 /// False after a report: 31242 the file cannot be read, 31243 its trailer or its parts are damaged, or those of a
 /// trace record.

@@ -42,7 +42,7 @@ constexpr std::array<Kind, 256> kinds_by_letter() {
   set("BR", Kind::note);
   set("K", Kind::comment);
   set("c", Kind::cancelled);
-  set("DdEMaSGI", Kind::test);
+  set(log_letter::tests, Kind::test);
   return kinds;
 }
 constexpr std::array<Kind, 256> kind_of_letter = kinds_by_letter();

@@ -95,6 +95,12 @@ TEST_F(Stops, AKilledRunLeavesItsFinishedTestsAndItsMarker) {
   endless(' ');
   Process process(start());
   ASSERT_TRUE(process.wait_for("== looping"));
+  // While it runs, its working folder is its own.
+  Command second = ovrun("endless", "");
+  *(std::find(second.words.begin(), second.words.end(), "--transcript") + 1) = path("second.jsonl");
+  const Ended refused = run_process(second);
+  EXPECT_EQ(refused.status, 3);
+  EXPECT_NE(refused.err.find("E31401: "), std::string::npos) << refused.err;
   process.signal(SIGKILL);
   EXPECT_EQ(process.wait().signal, SIGKILL);
   const std::string log = contents("work/rslt.tmp");
@@ -103,6 +109,19 @@ TEST_F(Stops, AKilledRunLeavesItsFinishedTestsAndItsMarker) {
   EXPECT_NE(log.find("PASS"), std::string::npos) << log;
   EXPECT_NE(contents("settings.ini").find("procedure = underway"), std::string::npos);
   EXPECT_EQ(events("result").size(), 1U);
+
+  // At the next start what it has finished is kept and reported, before another run writes over it.
+  procedure("after", {source_line(1, 1, "END")});
+  EXPECT_EQ(run_process(ovrun("after", "")).status, 0);
+  EXPECT_NE(contents("run.jsonl").find("31400"), std::string::npos);
+  const std::string report = contents("work/2.res");
+  for (const char* part : {"Procedure         endless\n", "State     INCOMPLETE\n", "  1          10V"})
+    EXPECT_NE(report.find(part), std::string::npos) << part << report;
+  EXPECT_NE(contents("work/1.raw").find("0000.000 L             LEAVE endless\n"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(folder / "work/rslt.var"));
+  // Once: the run behind it has ended as it should.
+  EXPECT_EQ(run_process(ovrun("after", "")).status, 0);
+  EXPECT_EQ(contents("run.jsonl").find("31400"), std::string::npos);
 }
 
 TEST_F(Stops, AFullDiskIsToldOnceAndTheRunGoesOn) {

@@ -28,6 +28,7 @@
 #include "procedure/run/flow.h"
 #include "procedure/run/loop.h"
 #include "procedure/run/post_test.h"
+#include "reports/died_run.h"
 #include "reports/trace_file.h"
 #include "settings/fmt.h"
 #include "settings/vset.h"
@@ -142,9 +143,11 @@ bool engine_start(RunState& run, const EngineStart& start) {
   open_trace_file();
   if (!var_open(run, startup_config().varfile, startup_config().ptitle_l)) return false;
   run.demo_mode = demo_mode(run, start.mode);
-  if (start.recover) static_cast<void>(dev_reload_if_changed());
-  // Instruments that cannot be reset now are reset as the next run begins, or it does not begin.
-  if (start.recover) static_cast<void>(recover_died_run(run));
+  if (!start.recover) return true;
+  static_cast<void>(dev_reload_if_changed());
+  // Instruments that cannot be reset now, and results that cannot be set aside, are as the next run begins, or it does
+  // not begin.
+  if (!another_run_is_on()) static_cast<void>(recover_died_run(run) && died_run_save(run));
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include "instruments/bench_load.h"
 #include "instruments/device_assets.h"
 #include "instruments/device_list.h"
+#include "instruments/instrument_names.h"
 #include "platform/platform.h"
 #include "procedure/file/load.h"
 #include "procedure/file/memory.h"
@@ -17,6 +18,7 @@
 #include "procedure/pipeline/select_procedure.h"
 #include "procedure/run/call.h"
 #include "procedure/run/loop.h"
+#include "reports/died_run.h"
 #include "reports/post_run.h"
 #include "results/results.h"
 #include "settings/fmt.h"
@@ -58,6 +60,7 @@ class TestRun {
     release_required(run_);
     if (roads_ != nullptr) roads_->close_session(run_);
     if (begun_) clear_display(run_);
+    if (begun_) run_files_release();
   }
   TestRun(const TestRun&) = delete;
   TestRun& operator=(const TestRun&) = delete;
@@ -99,7 +102,10 @@ class TestRun {
     return as_result(dev_reload_if_changed() || run_.demo_mode || device_list_stands());
   }
 
-  int recover() { return as_result(recover_died_run(run_)); }
+  int recover() {
+    if (another_run_is_on()) return as_result(errp(31401, startup_config().workdir));
+    return as_result(recover_died_run(run_) && died_run_save(run_));
+  }
 
   int ask_for_demo() {
     if (!run_.demo_mode || startup_config().rt_demo_prompt == 0) return run_result::finished;
@@ -182,6 +188,7 @@ class TestRun {
   }
 
   int begin() {
+    if (!run_files_hold()) return run_result::failed;
     begun_ = true;
     run_.run_name = procedure_->name;
     if (platform().desk != nullptr)
@@ -189,10 +196,20 @@ class TestRun {
           {procedure_->name, header_text(*procedure_, header_code::revision), run_.has(run_flag::test_run)});
     write_marker(run_, "underway");
     abort_menu(true);
-    if (initialise_run(run_, *procedure_)) return run_result::finished;
+    if (initialise_run(run_, *procedure_) && run_files_write(run_, required_standards()))
+      return run_result::finished;
     finish_run(run_);
     abort_menu(false);
     return run_result::failed;
+  }
+
+  std::vector<std::string> required_standards() const {
+    std::vector<std::string> names;
+    for (const RequiredInstrument& one : run_.pipeline.required) {
+      if (one.served != RequiredInstrument::Served::skipped)
+        names.emplace_back(instrument_name(one.used != 0 ? one.used : one.code));
+    }
+    return names;
   }
 
   void execute() {
