@@ -1,5 +1,6 @@
 #include "reports/saved_results.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -74,17 +75,30 @@ bool entries_to_choose(bool runs_only, Entries& entries) {
   return true;
 }
 
-std::optional<SavedResult> choose(const Entries& entries, const std::string& title, int button) {
+std::optional<SavedResult> choose(const Entries& entries, const std::string& title,
+                                  const std::string& button) {
   const Rows rows(entries);
   ChoiceWindow window;
   window.title = title;
   window.headings = msg(31316);
   window.filter = true;
   window.rows = &rows;
-  window.buttons = {{answer::ok, msg(button), true}, {answer::terminate, msg(31294)}};
+  window.buttons = {{answer::ok, button, true}, {answer::terminate, msg(31294)}};
   std::size_t row = 0;
   if (platform().desk == nullptr || platform().desk->choose(window, row) != answer::ok) return std::nullopt;
   return row < entries.size() ? std::optional(entries[row]) : std::nullopt;
+}
+
+// One of a comparison's two runs: those of its kind come first, before them those of the same unit.
+std::optional<SavedResult> choose_run(Entries& entries, char kind, const std::string& serial_number,
+                                      const std::string& title, const std::string& button) {
+  const auto rank = [&](const SavedResult& entry) {
+    return (!serial_number.empty() && entry.serial_number != serial_number ? 2 : 0) +
+           (entry.kind != kind ? 1 : 0);
+  };
+  std::stable_sort(entries.begin(), entries.end(),
+                   [&](const SavedResult& a, const SavedResult& b) { return rank(a) < rank(b); });
+  return choose(entries, title, button);
 }
 
 bool open_entry(RunState& run, const SavedResult& entry) {
@@ -102,7 +116,7 @@ bool open_saved_results(RunState& run) {
     Entries entries;
     if (!entries_to_choose(false, entries)) return false;
     if (entries.empty()) return msgp(31317), true;
-    const auto entry = choose(entries, msg(4342), 31302);
+    const auto entry = choose(entries, msg(4342), msg(31302));
     if (!entry) return true;
     if (!open_entry(run, *entry) && !platform().desk->is_watched()) return false;
   }
@@ -112,9 +126,11 @@ bool compare_saved_results(RunState& run) {
   Entries entries;
   if (!entries_to_choose(true, entries)) return false;
   if (entries.empty()) return msgp(31318), true;
-  const auto found = choose(entries, msg(31319), 31320);
+  const auto found = choose_run(entries, result_kind::as_found, "", msg(31319), msg(31307));
   if (!found) return true;
-  const auto left = choose(entries, msg(31321), 31320);
+  std::erase_if(entries, [&](const SavedResult& entry) { return entry.number == found->number; });
+  if (entries.empty()) return msgp(31318), true;
+  const auto left = choose_run(entries, result_kind::as_left, found->serial_number, msg(31321), msg(31308));
   if (!left) return true;
   const std::string out = work_file("rslt.raw");
   return report_compare(run, saved_file_path(*found), saved_file_path(*left), out) &&
@@ -126,7 +142,7 @@ bool delete_saved_results() {
     Entries entries;
     if (!entries_to_choose(false, entries)) return false;
     if (entries.empty()) return msgp(31317), true;
-    const auto entry = choose(entries, msg(4360), 31323);
+    const auto entry = choose(entries, msg(4360), msg(31323));
     if (!entry) return true;
     const std::string title = title_of(*entry);
     const std::array<MessageArg, 1> args = {title};
