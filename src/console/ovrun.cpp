@@ -18,6 +18,7 @@
 #include "procedure/pipeline/engine.h"
 #include "procedure/pipeline/run_test.h"
 #include "state/report.h"
+#include "state/run_variables.h"
 
 namespace orvane {
 namespace {
@@ -79,6 +80,12 @@ int list_names() {
 std::string_view overall_word(const OverallResult& result) {
   if (result.tests == 0) return "";
   return result.failed > 0 ? "FAIL" : "PASS";
+}
+
+// Did the run itself come to its end? What follows it may fail all the same.
+bool was_completed(const RunState& run) {
+  const std::string* status = run_variable(run, "TEST_STATUS$");
+  return status != nullptr && (*status == "COMPLETED" || *status == "OUT-OF-CAL");
 }
 
 class Session {
@@ -191,11 +198,13 @@ class Session {
   void print_closing(const OverallResult& result, std::string_view word, int exit) {
     desk_.print("");
     desk_.print(msg(30501, result.tests, result.failed));
-    if (exit != exit_pass && exit != exit_fail) {
+    const bool told = exit == exit_pass || exit == exit_fail;
+    if (!told && !was_completed(run_state())) {
       desk_.print(msg(30511));  // what passed so far is no verdict on the unit
-    } else if (result.tests > 0) {
-      desk_.print(msg(30502, word));
+      return;
     }
+    if (result.tests > 0) desk_.print(msg(30502, word));
+    if (!told) desk_.print(msg(31404));
   }
 
   // The second Ctrl+C: the program ends here, in the middle of a statement.

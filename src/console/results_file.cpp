@@ -287,7 +287,8 @@ std::string results_junit(const RunState& run, const RunEnd& end) {
   if (!whole)
     out += "    <testcase classname=\"" + xml(utf8(end.procedure)) +
            "\" name=\"run\">\n      <error message=\"" +
-           xml(formatted("the run was not finished (exit status %d)", end.exit)) + "\"/>\n    </testcase>\n";
+           xml(formatted("the run, or what follows it, was not finished (exit status %d)", end.exit)) +
+           "\"/>\n    </testcase>\n";
   return out + "  </testsuite>\n</testsuites>\n";
 }
 
