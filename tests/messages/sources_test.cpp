@@ -227,8 +227,6 @@ const Table tables[] = {
      "s"},
     {"src/reports/saved_results.cpp", "row.label", "src/reports/saved_results.cpp",
      R"(result_kind::\w+, (\d+)\})", ""},
-    {"src/reports/saved_results.cpp", "button", "src/reports/saved_results.cpp",
-     R"(choose\(entries, .*?, (31\d{3})\))", ""},
     {"src/reports/template_engine.cpp", "function.fault", "src/reports/template_parse.cpp", R"(\b(49\d\d)\b)",
      "sd"},
     {"src/reports/template_engine.cpp", "misplaced", "src/reports/template_engine.cpp",
