@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "config/startup_config.h"
 #include "config/user_settings.h"
 #include "messages/catalogue.h"
 #include "platform/platform.h"
+#include "reports/export.h"
 #include "reports/report_actions.h"
 #include "results/result_list.h"
 #include "state/pump.h"
@@ -172,7 +174,9 @@ class PostRun {
   bool work() {
     clear_abort();  // it was given to the run
     const std::string* result = run_variable(run_, "OVERALL_RESULT$");
-    bool ok = run_macro(macro_keys(result != nullptr && *result == "PASS" ? "pass" : "fail"));
+    const bool exported =
+        startup_config().export_results == 0 || export_results(run_, startup_config().calhist_template);
+    bool ok = run_macro(macro_keys(result != nullptr && *result == "PASS" ? "pass" : "fail")) && exported;
     if (menu_ == 0 && !macro_.any()) return ok;
     while (show(ok)) {
     }

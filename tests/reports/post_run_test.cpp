@@ -260,6 +260,13 @@ TEST_F(PostRunTest, ExportsAndTheHistory) {
 TEST_F(PostRunTest, NothingIsAskedWhereNothingIsConfigured) {
   EXPECT_TRUE(post_run(run));
   EXPECT_TRUE(desk.shown.empty());
+  startup_config().export_results = 1;
+  run_variable_set(run, "EXPORT_RESULT_FN$", "each.txt");
+  EXPECT_TRUE(post_run(run));
+  EXPECT_EQ(file("each.txt"), "4711;PASS\n");
+  startup_config().calhist_template.clear();
+  EXPECT_FALSE(post_run(run));
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{960});
   EXPECT_FALSE(file_exists((folder / "rslt.dir").string()));
 }
 
