@@ -153,13 +153,16 @@ class Engine {
         return state_.standard->text[static_cast<std::size_t>(variable.standard_field)];
       case Place::run: break;
     }
+    if (!is_of_run(variable.name)) {
+      const auto own = state_.own_texts.find(variable.name);
+      return own != state_.own_texts.end() ? std::optional<std::string_view>(own->second) : std::nullopt;
+    }
     const std::string* value = run_variable(run_, variable.name);
-    if (value == nullptr || !is_exact(variable.name)) return std::nullopt;
-    return *value;
+    return value != nullptr ? std::optional<std::string_view>(*value) : std::nullopt;
   }
 
-  // Names of variables have capitals in a template.
-  static bool is_exact(std::string_view name) {
+  // The run's names have capitals in a template; name$ and NAME$ are two.
+  static bool is_of_run(std::string_view name) {
     return std::none_of(name.begin(), name.end(), [](char c) { return c >= 'a' && c <= 'z'; });
   }
 
@@ -171,7 +174,13 @@ class Engine {
       case Place::line_2:
         if (state_.compare) source_.lines[variable.place == Place::line_2 ? 1 : 0].set(variable.line, value);
         [[fallthrough]];
-      case Place::run: run_variable_set(run_, variable.name, value); break;
+      case Place::run:
+        if (is_of_run(variable.name)) {
+          run_variable_set(run_, variable.name, value);
+        } else {
+          state_.own_texts[variable.name] = value;
+        }
+        break;
       case Place::standard: state_.standard_texts[variable.name] = value; break;
     }
   }

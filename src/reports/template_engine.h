@@ -75,7 +75,8 @@ struct TemplateState {
   const TraceRecord* standard = nullptr;              // of STD$(; null: none has been chosen
   bool has_standard = false;                          // the T_ variables are set, also to nothing
   std::map<std::string, std::string> standard_texts;  // that a template has put in their place
-  bool in_trace = false;                              // a trace template is run
+  std::map<std::string, std::string> own_texts;  // of names with small letters, which the run has none of
+  bool in_trace = false;                         // a trace template is run
   bool compare = false;
 };
 

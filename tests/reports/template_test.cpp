@@ -96,6 +96,9 @@ TEST_F(TemplateTest, SectionsAreFoundByTheirMarks) {
 TEST_F(TemplateTest, SplitAndSubst) {
   EXPECT_EQ(made("SPLIT$(PATH$, ONE$, \"/\", TWO$, \"\\;\", THREE$)ONE$ TWO$ THREE$\n").find("a"), 0U);
   EXPECT_EQ(value("ONE$") + value("TWO$") + value("THREE$"), "abc");
+  // A template's own names are as they are written: ONE$ and one$ are two.
+  EXPECT_EQ(made("SPLIT$(PATH$,one$,\"/\",Rest$)\none$ ONE$ Rest$ rest$\n"), "a    a    b;c   rest$\n");
+  EXPECT_EQ(made("SPLIT$(LONG$,one$,\"3\",Rest$)\none$ ONE$\n"), "012  a\n");
   made("SPLIT$(PATH$,ALL$,\"#\",REST$)");
   EXPECT_EQ(value("ALL$") + "|" + value("REST$"), "a/b;c|");
   made("SPLIT$(PATH$,PATH$,\"/\",REST$)");
