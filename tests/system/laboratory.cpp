@@ -70,8 +70,9 @@ void LaboratoryTest::configure(const std::string& key, const std::string& value)
   std::string text;
   for (std::string one; std::getline(old, one);) {
     if (!one.starts_with(key + " =")) text += one + "\n";
+    if (one == "[startup]") text += key + " = " + value + "\n";
   }
-  write("orvane.ini", text + key + " = " + value + "\n");
+  write("orvane.ini", text);
 }
 
 void LaboratoryTest::procedure(const std::string& name, const std::vector<std::string>& statements,
