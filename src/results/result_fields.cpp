@@ -244,7 +244,14 @@ class Catalogue {
     const std::uint16_t code = statement_.code();
     if (code == fsc::dose)
       return text(F::result_type, has_program_percent(run_, statement_) ? "DOSE_NUM" : "DOSE_PF");
-    return text(F::result_type, judged_ ? "Eval" : go_no_go_ ? "Go-NoGo" : "Numeric");
+    if (judged_) return text(F::result_type, "Eval");
+    if (go_no_go_) return text(F::result_type, "Go-NoGo");
+    // Worked until the reading stood still, or read off a display.
+    const bool live = has_columns_ && !is_comparison(statement_) && statement_.get(field::mod4) == mod4_code::s;
+    const bool typed =
+        (test_.test_state & test_bit::indicated_text) != 0 && (test_.test_state & test_bit::mean) == 0;
+    if (typed) record_.flags |= result_bit::has_fixed_measurement;
+    return text(F::result_type, live ? "Slew" : typed ? "FixedRes" : "Numeric");
   }
   bool ratio_accuracy() {
     if ((test_.test_state & test_bit::tolerances) == 0) return true;

@@ -52,12 +52,31 @@ struct WordRow {
   std::uint8_t code;
   const char* word;
 };
-// MOD3 of a source, and CON.
+// MOD2, MOD3 of a source, and CON.
+constexpr WordRow waveforms_of_mod2[] = {{12, "Sine"}, {13, "Square"}, {14, "Triangle"}};
 constexpr WordRow waveforms[] = {{13, "Sine"}, {14, "Square"}, {15, "Triangle"}};
-constexpr WordRow senses[] = {{1, "2-wire"}, {2, "4-wire"}, {7, "3-wire"}};
+constexpr WordRow thermocouples[] = {{20, "J"}, {21, "K"}, {22, "T"}, {23, "E"}, {24, "S"}, {25, "R"},
+                                     {26, "B"}, {27, "C"}, {28, "N"}, {40, "L"}, {41, "U"}};
+constexpr WordRow senses[] = {{1, "2-wire"},  {2, "4-wire"},  {7, "3-wire"},
+                              {96, "2-wire"}, {97, "4-wire"}, {104, "3-wire"}};
+
+// What MOD3 says of a nominal that is a modulation.
+struct ModulationRow {
+  std::uint8_t mod3;
+  F field;
+};
+constexpr ModulationRow modulations[] = {
+    {47, F::am_depth}, {48, F::fm_deviation}, {49, F::phase_deviation}};
+
+std::optional<F> modulation_of(std::uint8_t mod3) {
+  for (const ModulationRow& row : modulations) {
+    if (row.mod3 == mod3) return row.field;
+  }
+  return std::nullopt;
+}
 
 template <std::size_t n>
-void put_word(ResultRecord& record, F field, const WordRow (&rows)[n], std::uint8_t code) {
+void put_word(ResultRecord& record, F field, const WordRow (&rows)[n], std::uint16_t code) {
   for (const WordRow& row : rows) {
     if (row.code == code) r_set_text(record, field, row.word);
   }
@@ -95,8 +114,11 @@ bool modifier_of(const RunState& run, const FscRecord& statement, TypedQuantity&
 
 void fill_signal_fields(const RunState& run, const FscRecord& statement, ResultRecord& record) {
   const bool source = is_source_statement(statement.code());
+  const std::uint16_t mod2 = statement.get(field::mod2_code);
   const TypedQuantity nominal = r_nominal(run, statement);
-  if (const auto field = field_of(nominal.unit)) put(record, *field, nominal, F::nominal);
+  const auto modulation = modulation_of(statement.get(field::mod3));
+  if (const auto field = modulation ? modulation : field_of(nominal.unit))
+    put(record, *field, nominal, F::nominal);
   TypedQuantity modifier;
   if (modifier_of(run, statement, modifier)) {
     if (const auto field = field_of(modifier.unit)) put(record, *field, modifier, F::mod1);
@@ -104,11 +126,13 @@ void fill_signal_fields(const RunState& run, const FscRecord& statement, ResultR
     const bool alternating = modifier.unit == u::hertz || modifier.unit == u::second;
     if (alternating && is_amplitude(nominal.unit)) put(record, F::amplitude_1, nominal, F::nominal);
   }
-  if (statement.get(field::mod2_code) == mod2_impedance) {
+  if (mod2 == mod2_impedance) {
     const double ohms = statement.get(field::mod2_value);
     r_set_number(record, source ? F::output_impedance_1 : F::input_impedance, all_digits,
                  number_form::general, ohms, prefix_code::none, u::ohm);
   }
+  put_word(record, F::thermocouple_type, thermocouples, mod2);
+  put_word(record, F::waveform_1, waveforms_of_mod2, mod2);
   if (source) put_word(record, F::waveform_1, waveforms, statement.get(field::mod3));
   put_word(record, F::sense, senses, statement.get(field::con));
 }
