@@ -81,6 +81,11 @@ std::string_view column(const Line& line, std::size_t at, std::size_t width) {
   return begin < line.text.size() ? line.text.substr(begin, width) : std::string_view();
 }
 
+// Both lines of a run bear its number and its letter.
+bool are_one_test(const Line& first, const Line& second) {
+  return first.text.substr(0, first.printed) == second.text.substr(0, second.printed);
+}
+
 std::uint8_t verdict_of(const Line& first, const Line& second) {
   constexpr std::string_view fail = "FAIL", notify = "NOTIFY USER", marginal = "MARGINAL";
   std::uint8_t flags = 0;
@@ -221,7 +226,7 @@ class LogSort {
   // Both lines of a test.
   int run(Nest& nest, Test& test, const Line& first, std::uint32_t begin) {
     Line second;
-    if (at_ >= log_.size() || !next(second) || second.kind != Kind::test) return at_fault("dosub()", 4622);
+    if (at_ >= log_.size() || !next(second) || !are_one_test(first, second)) return at_fault("dosub()", 4622);
     const std::uint32_t piece = add(begin, Kind::test);
     pieces_[piece].printed = static_cast<std::uint16_t>(first.printed);
     pieces_[piece].flags = verdict_of(first, second);
@@ -282,21 +287,19 @@ class LogSort {
     nests_.pop_back();
   }
 
-  static void write_word(std::string& out, std::size_t at, std::string_view word) {
-    const std::size_t end = std::min(out.find('\n', at), out.size());
-    if (at + word.size() <= end)
-      std::copy(word.begin(), word.end(), out.begin() + static_cast<std::ptrdiff_t>(at));
+  // Into the line that begins at `line`; a line that ends before the column is made longer.
+  static void write_word(std::string& out, std::size_t line, std::size_t at, std::string_view word) {
+    const std::size_t end = std::min(out.find('\n', line), out.size()), needed = line + at + word.size();
+    if (end < needed) out.insert(end, needed - end, ' ');
+    out.replace(line + at, word.size(), word);
   }
 
   void put_test(const Piece& piece, std::string& out) const {
     const std::size_t first = out.size();
     out.append(log_.substr(piece.begin, piece.length));
-    if ((piece.flags & slot_flag::verdict) == 0) return;
-    const std::size_t second = out.find('\n', first) + 1;
-    if ((piece.flags & slot_flag::failed) != 0) {
-      write_word(out, first + piece.printed + result_column::percent, "FAIL");
-      write_word(out, second + piece.printed + result_column::verdict, "FAIL");
-    }
+    if ((piece.flags & slot_flag::failed) == 0) return;
+    write_word(out, first, piece.printed + result_column::percent, "FAIL");
+    write_word(out, out.find('\n', first) + 1, piece.printed + result_column::verdict, "FAIL");
   }
 
   std::string_view log_;

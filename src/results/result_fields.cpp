@@ -247,7 +247,8 @@ class Catalogue {
     if (judged_) return text(F::result_type, "Eval");
     if (go_no_go_) return text(F::result_type, "Go-NoGo");
     // Worked until the reading stood still, or read off a display.
-    const bool live = has_columns_ && !is_comparison(statement_) && statement_.get(field::mod4) == mod4_code::s;
+    const bool live =
+        has_columns_ && !is_comparison(statement_) && statement_.get(field::mod4) == mod4_code::s;
     const bool typed =
         (test_.test_state & test_bit::indicated_text) != 0 && (test_.test_state & test_bit::mean) == 0;
     if (typed) record_.flags |= result_bit::has_fixed_measurement;

@@ -65,8 +65,7 @@ struct ModulationRow {
   std::uint8_t mod3;
   F field;
 };
-constexpr ModulationRow modulations[] = {
-    {47, F::am_depth}, {48, F::fm_deviation}, {49, F::phase_deviation}};
+constexpr ModulationRow modulations[] = {{47, F::am_depth}, {48, F::fm_deviation}, {49, F::phase_deviation}};
 
 std::optional<F> modulation_of(std::uint8_t mod3) {
   for (const ModulationRow& row : modulations) {

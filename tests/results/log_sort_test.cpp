@@ -124,9 +124,18 @@ TEST_F(LogSorting, WordsOfEachKindOfTest) {
   }
 }
 
+TEST_F(LogSorting, AWordNeverRunsIntoTheNextLine) {
+  const std::string first = plain("0001.001", 'M', std::string(73, '.') + "FAIL"),
+                    note = plain("0001.001", 'R', std::string(90, 'n'));
+  EXPECT_EQ(
+      sorted(enter() + first + plain("0001.001", 'M', "short") + note + leave()),
+      enter() + first + plain("0001.001", 'M', "short" + std::string(68, ' ') + "FAIL") + note + leave());
+}
+
 TEST_F(LogSorting, FaultsLeaveNoOutput) {
   const std::string good = enter() + test("0001.001", "", "a") + leave();
   const std::string first_only = test("0001.001", "", "a").substr(0, 160);
+  const std::string other_second = plain("0002.001", 'M', std::string(79, ' '));
   struct Case {
     std::string log;
     int message;
@@ -138,6 +147,7 @@ TEST_F(LogSorting, FaultsLeaveNoOutput) {
                         {enter() + "\n" + leave(), 4622},
                         {enter() + first_only, 4622},
                         {enter() + first_only + "\n" + leave(), 4622},
+                        {enter() + first_only + "\n" + other_second + leave(), 4622},
                         {enter(), 4650},
                         {leave(), 4650},
                         {test("0001.001", "", "a"), 4650},
