@@ -1,12 +1,16 @@
 #include "reports/result_directory.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <thread>
+#include <set>
 
 #include "config/startup_config.h"
 #include "platform/exclusive_file.h"
 #include "platform/files.h"
+#include "platform/platform.h"
+#include "state/report.h"
 #include "state/run_variables.h"
 #include "support/desk.h"
 
@@ -103,6 +107,43 @@ TEST_F(ResultDirectoryTest, WhoeverHoldsTheListIsWaitedFor) {
   EXPECT_FALSE(file_exists((folder / "1.res").string()));
   ASSERT_TRUE(held.close());
   EXPECT_EQ(save(result_kind::results), "1.res");
+}
+
+// Programs that save at the same time wait for one another: no record is lost, no number is given twice.
+TEST_F(ResultDirectoryTest, SeveralProgramsSaveAtOnce) {
+  constexpr int programs = 3, each = 40;
+  std::vector<pid_t> children;
+  for (int i = 0; i < programs; ++i) {
+    const std::string report = write("report" + std::to_string(i), formatted("of %d\n", i));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      platform().clock = &system_clock();
+      for (int n = 0; n < each; ++n) {
+        set("SER_NUM$", formatted("%d-%d", i, n));
+        SavedResult entry = saved_result_of(run, result_kind::results);
+        if (!save_result_file(report, entry)) ::_exit(1);
+      }
+      ::_exit(0);
+    }
+    children.push_back(child);
+  }
+  for (const pid_t child : children) {
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  }
+  std::vector<SavedResult> all;
+  ASSERT_TRUE(saved_results(all));
+  EXPECT_EQ(all.size(), static_cast<std::size_t>(programs * each));
+  std::set<std::string> numbers, serials;
+  for (const SavedResult& one : all) {
+    numbers.insert(one.number);
+    serials.insert(one.serial_number);
+    EXPECT_EQ(contents(saved_file_path(one)), formatted("of %c\n", one.serial_number[0]));
+  }
+  EXPECT_EQ(numbers.size(), all.size());
+  EXPECT_EQ(serials.size(), all.size());
 }
 
 TEST_F(ResultDirectoryTest, AFileThatCannotBeCopiedLeavesNoRecord) {
