@@ -319,6 +319,16 @@ TEST_F(Flow, AMissingCalleeStopsTheStatementAlone) {
   EXPECT_EQ(m(1), 1);
 }
 
+TEST_F(Flow, AStatementWithoutMemoryEndsItsTest) {
+  procedure("Main", {"HEAD x", "MATH M[1]=1", "END"});
+  const HandlerRow greedy{fsc::head, [](Statement&) -> bool { throw std::bad_alloc(); }};
+  dispatch_install({&greedy, 1});
+  EXPECT_EQ(go("Main"), run_result::finished);
+  EXPECT_EQ(desk.message_numbers(), std::vector<int>{2217});
+  EXPECT_NE(desk.last_message().find("HEAD"), std::string::npos) << desk.last_message();
+  EXPECT_EQ(desk.of_kind("test").size(), 1u);
+}
+
 TEST_F(Flow, TermLeavesAllLevels) {
   procedure("Main", {"CALL Sub", "MATH M[1]=1", "END"});
   procedure("Sub", {"MATH M[2]=1/0", "MATH M[3]=1", "END"});

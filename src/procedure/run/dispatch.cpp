@@ -1,5 +1,7 @@
 #include "procedure/run/dispatch.h"
 
+#include <new>
+
 #include "procedure/file/procedure.h"
 #include "procedure/run/call.h"
 #include "state/fsc.h"
@@ -19,7 +21,9 @@ DispatchTable& table() {
   return entries;
 }
 
-bool unknown(Statement& s) { return run_error(s.run, 2517, fsc_name(fsc_ordinal(s.record.code()))); }
+std::string_view name_of(const Statement& s) { return fsc_name(fsc_ordinal(s.record.code())); }
+
+bool unknown(Statement& s) { return run_error(s.run, 2517, name_of(s)); }
 
 bool call(Statement& s) {
   // What opens a level too many is refused before it is counted in.
@@ -55,12 +59,16 @@ void dispatch_statement(RunState& run, Procedure*& procedure, const DispatchEntr
   ProcNode* node = procedure->current;
   Statement statement{run, *node->record, node, &procedure};
   bool ok;
-  if (entry.handler == nullptr) [[unlikely]] {
-    ok = unknown(statement);
-  } else if (entry.code == fsc::call) {
-    ok = call(statement);
-  } else {
-    ok = entry.handler(statement);
+  try {
+    if (entry.handler == nullptr) [[unlikely]] {
+      ok = unknown(statement);
+    } else if (entry.code == fsc::call) {
+      ok = call(statement);
+    } else {
+      ok = entry.handler(statement);
+    }
+  } catch (const std::bad_alloc&) {  // the test ends; the results of those before it are there
+    ok = run_error(run, 2217, name_of(statement));
   }
   if (!ok) run.set(run_flag::stop_test);
 }
