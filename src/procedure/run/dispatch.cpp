@@ -25,6 +25,9 @@ std::string_view name_of(const Statement& s) { return fsc_name(fsc_ordinal(s.rec
 
 bool unknown(Statement& s) { return run_error(s.run, 2517, name_of(s)); }
 
+// The test ends; the results of those before it are there.
+[[gnu::cold, gnu::noinline]] bool no_memory(Statement& s) { return run_error(s.run, 2217, name_of(s)); }
+
 bool call(Statement& s) {
   // What opens a level too many is refused before it is counted in.
   const bool allowed = ++s.run.call_depth <= call_depth_limit;
@@ -67,8 +70,8 @@ void dispatch_statement(RunState& run, Procedure*& procedure, const DispatchEntr
     } else {
       ok = entry.handler(statement);
     }
-  } catch (const std::bad_alloc&) {  // the test ends; the results of those before it are there
-    ok = run_error(run, 2217, name_of(statement));
+  } catch (const std::bad_alloc&) {
+    ok = no_memory(statement);
   }
   if (!ok) run.set(run_flag::stop_test);
 }
